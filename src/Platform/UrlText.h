@@ -1,0 +1,31 @@
+#ifndef KESTRUNECLI_PLATFORM_URLTEXT_H
+#define KESTRUNECLI_PLATFORM_URLTEXT_H
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace platform {
+
+/// Percent-encodes every byte of \p text outside the query-allowed set:
+/// ASCII letters, digits and ! $ & ' ( ) * + , - . / : ; = ? @ _ ~ stay.
+/// Other characters become the escapes of their UTF-8 bytes (upper-case hex).
+std::string percentEncodeQueryAllowed(std::string_view text);
+
+/// Decodes every %XX escape of \p text. Absent when an escape is incomplete or
+/// not hexadecimal, or when the decoded bytes are not valid UTF-8.
+std::optional<std::string> removingPercentEncoding(std::string_view text);
+
+/// Standard Base64 (RFC 4648 alphabet, "=" padding, no line breaks).
+std::string encodeBase64(std::string_view bytes);
+
+/// Whether \p text is well-formed UTF-8 (no overlongs, no surrogates).
+bool isValidUtf8(std::string_view text);
+
+/// The last component of a file path: trailing slashes are ignored, so
+/// "a/Foo.pkg/" gives "Foo.pkg"; a path of slashes only gives "/".
+std::string lastPathComponent(std::string_view path);
+
+} // namespace platform
+
+#endif

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <cstdio>
 #include <string>
 #include <vector>
@@ -35,13 +36,6 @@ void play(PseudoTerminal &terminal, const std::vector<Exchange> &dialog) {
     EXPECT_EQ(terminal.isEchoOn(), !hidden) << exchange.prompt;
     terminal.type(exchange.typed);
   }
-}
-
-void expectNoneShown(PseudoTerminal &terminal,
-                     const std::vector<std::string> &secrets) {
-  for (const std::string &secret : secrets)
-    EXPECT_EQ(terminal.getTranscript().find(secret), std::string::npos)
-        << secret << " shown in " << terminal.getTranscript();
 }
 
 Exchange username(std::string typed) {
@@ -77,36 +71,15 @@ TEST(AuthUtilTest, PromptsOnTheTerminal) {
        "❗️Error: The entered username is empty. Please enter the "
        "username.\r\n"
        "Enter the username: bob\r\n"},
-      {"username empty twice",
-       AuthParameters::username,
-       {username("\n"), username("\n")},
-       "some:",
-       "Enter the username: \r\n"
-       "❗️Error: The entered username is empty. Please enter the "
-       "username.\r\n"
-       "Enter the username: \r\n"},
       {"username at end of input",
        AuthParameters::username,
        {username("\x04")},
        "none",
        "Enter the username: "},
-      {"a blank is an answer",
-       AuthParameters::username,
-       {username(" \n")},
-       "some: ",
-       "Enter the username:  \r\n"},
       {"password is hidden",
        AuthParameters::password,
        {password("S3cret-pw\n")},
        "some:S3cret-pw",
-       "Enter the password: \r\n"},
-      {"password asked again once after an empty answer",
-       AuthParameters::password,
-       {password("\n"), password("S3cret-pw\n")},
-       "some:S3cret-pw",
-       "Enter the password: \r\n"
-       "❗️Error: The entered password is empty. Please enter the "
-       "password.\r\n"
        "Enter the password: \r\n"},
       {"password empty twice",
        AuthParameters::password,
@@ -185,7 +158,7 @@ struct SignInCase {
 };
 
 TEST(AuthUtilTest, SecuredSignInNeverShowsTheSecrets) {
-  const std::vector<std::string> secrets = {"S3cret-pw", "K3y-123"};
+  const std::vector<std::string> secrets = {"S3cr", "K3y"};
   const SignInCase cases[] = {
       {"signed in",
        "uem.example.com",
@@ -247,6 +220,21 @@ TEST(AuthUtilTest, SecuredSignInNeverShowsTheSecrets) {
        "Enter the password: \r\n"
        "Enter the apiKey: \r\n"
        "❗️Error: Please check if the hostname is valid\r\n"},
+      {"Ctrl-C half way through the password",
+       "uem.example.com",
+       {username("alice\n"), password("S3cr\x03")},
+       ProcessEnd::killedBy(SIGINT),
+       "",
+       "Enter the username: alice\r\n"
+       "Enter the password: "},
+      {"Ctrl-C half way through the API key",
+       "uem.example.com",
+       {username("alice\n"), password("S3cret-pw\n"), apiKey("K3y\x03")},
+       ProcessEnd::killedBy(SIGINT),
+       "",
+       "Enter the username: alice\r\n"
+       "Enter the password: \r\n"
+       "Enter the apiKey: "},
   };
   for (const SignInCase &c : cases) {
     SCOPED_TRACE(c.name);
@@ -257,32 +245,9 @@ TEST(AuthUtilTest, SecuredSignInNeverShowsTheSecrets) {
     EXPECT_TRUE(terminal.isEchoOn());
     EXPECT_EQ(result.receive(), c.sent);
     EXPECT_EQ(terminal.getTranscript(), c.transcript);
-    expectNoneShown(terminal, secrets);
-  }
-}
-
-TEST(AuthUtilTest, SecuredSignInInterruptedLeavesEchoOn) {
-  const struct {
-    const char *name;
-    std::vector<Exchange> dialog;
-    ProcessEnd end;
-  } cases[] = {
-      {"Ctrl-C at the password",
-       {username("alice\n"), password("S3cr\x03")},
-       ProcessEnd::killedBy(SIGINT)},
-      {"Ctrl-C at the API key",
-       {username("alice\n"), password("S3cret-pw\n"), apiKey("K3y\x03")},
-       ProcessEnd::killedBy(SIGINT)},
-  };
-  for (const auto &c : cases) {
-    SCOPED_TRACE(c.name);
-    ResultPipe result;
-    PseudoTerminal terminal(signInJob(result, "uem.example.com"));
-    play(terminal, c.dialog);
-    EXPECT_EQ(terminal.waitForEnd(), c.end);
-    EXPECT_TRUE(terminal.isEchoOn());
-    EXPECT_EQ(result.receive(), "");
-    expectNoneShown(terminal, {"S3cr", "K3y"});
+    for (const std::string &secret : secrets)
+      EXPECT_EQ(terminal.getTranscript().find(secret), std::string::npos)
+          << secret;
   }
 }
 

@@ -3,8 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include <cassert>
-#include <fstream>
-#include <iterator>
+#include <cstdio>
 #include <system_error>
 #include <unistd.h>
 #include <utility>
@@ -82,9 +81,15 @@ std::vector<std::uint8_t> readPatternFile(const std::filesystem::path &path) {
     throw PatternFileError(PatternFileError::Kind::fileDoesNotExist, path);
   if (access(path.c_str(), R_OK) != 0)
     throw PatternFileError(PatternFileError::Kind::fileNotReadable, path);
-  std::ifstream in(path, std::ios::binary);
-  std::vector<std::uint8_t> bytes((std::istreambuf_iterator<char>(in)),
-                                  std::istreambuf_iterator<char>());
+  std::vector<std::uint8_t> bytes;
+  if (std::FILE *file = std::fopen(path.c_str(), "rb")) {
+    std::uint8_t buffer[4096];
+    std::size_t count;
+    while ((count = std::fread(buffer, 1, sizeof buffer, file)) > 0)
+      bytes.insert(bytes.end(), buffer, buffer + count);
+    std::fclose(file);
+  }
+  // A read that fails part-way, like one of a directory, gives what came.
   if (bytes.empty())
     throw PatternFileError(PatternFileError::Kind::failedToRead, path);
   return bytes;

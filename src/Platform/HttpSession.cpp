@@ -1,0 +1,431 @@
+#include "Platform/HttpSession.h"
+
+#include <curl/curl.h>
+
+#include <algorithm>
+#include <cctype>
+#include <exception>
+#include <limits>
+#include <mutex>
+#include <string_view>
+
+namespace platform {
+
+struct HttpTask::Transfer {
+  HttpSessionConfiguration configuration;
+  HttpRequest request;
+  DataTaskCompletion completion;
+  void run();
+};
+
+namespace {
+
+constexpr int maxRedirects = 20;
+// A connect time-out of 0 means libcurl's default of 300 seconds, so the
+// largest value stands for "no limit".
+constexpr long unlimitedConnectMs = std::numeric_limits<long>::max();
+// Larger reads than libcurl's default of 64 KiB halve the system calls of a
+// big upload at the cost of one buffer.
+constexpr long uploadBufferSize = 512 * 1024;
+
+struct CurlDeleter {
+  void operator()(CURL *handle) const noexcept { curl_easy_cleanup(handle); }
+};
+struct SlistDeleter {
+  void operator()(curl_slist *list) const noexcept {
+    curl_slist_free_all(list);
+  }
+};
+struct CurlUrlDeleter {
+  void operator()(CURLU *url) const noexcept { curl_url_cleanup(url); }
+};
+using CurlHandle = std::unique_ptr<CURL, CurlDeleter>;
+using HeaderList = std::unique_ptr<curl_slist, SlistDeleter>;
+
+void initialiseCurl() {
+  static std::once_flag once;
+  std::call_once(once, [] { curl_global_init(CURL_GLOBAL_DEFAULT); });
+}
+
+std::string toLower(std::string text) {
+  std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) {
+    return static_cast<char>(std::tolower(c));
+  });
+  return text;
+}
+
+bool equalsIgnoringCase(std::string_view a, std::string_view b) {
+  return toLower(std::string(a)) == toLower(std::string(b));
+}
+
+const char *sentenceFor(CURLcode code) {
+  switch (code) {
+  case CURLE_COULDNT_RESOLVE_HOST:
+    return "A server with the specified hostname could not be found";
+  case CURLE_COULDNT_RESOLVE_PROXY:
+    return "The proxy server could not be found";
+  case CURLE_COULDNT_CONNECT:
+    return "Could not connect to the server";
+  case CURLE_OPERATION_TIMEDOUT:
+    return "The request timed out";
+  case CURLE_SEND_ERROR:
+  case CURLE_RECV_ERROR:
+  case CURLE_GOT_NOTHING:
+  case CURLE_PARTIAL_FILE:
+  case CURLE_HTTP2:
+  case CURLE_HTTP2_STREAM:
+    return "The network connection was lost";
+  case CURLE_SSL_CONNECT_ERROR:
+  case CURLE_PEER_FAILED_VERIFICATION:
+  case CURLE_SSL_CERTPROBLEM:
+  case CURLE_SSL_CIPHER:
+  case CURLE_SSL_CACERT_BADFILE:
+  case CURLE_SSL_ISSUER_ERROR:
+  case CURLE_SSL_PINNEDPUBKEYNOTMATCH:
+  case CURLE_SSL_INVALIDCERTSTATUS:
+  case CURLE_SSL_CRL_BADFILE:
+  case CURLE_USE_SSL_FAILED:
+    return "A secure connection to the server could not be made";
+  case CURLE_UNSUPPORTED_PROTOCOL:
+  case CURLE_URL_MALFORMAT:
+    return "The URL is not supported";
+  case CURLE_TOO_MANY_REDIRECTS:
+    return "There were too many redirects";
+  case CURLE_WEIRD_SERVER_REPLY:
+  case CURLE_BAD_CONTENT_ENCODING:
+    return "The server's answer could not be read";
+  case CURLE_OUT_OF_MEMORY:
+    return "There was not enough memory for the request";
+  default:
+    return "The request failed";
+  }
+}
+
+/// Turns a failed transfer into our error: a stable sentence for the kind
+/// of failure, and libcurl's own words about this one in parentheses.
+HttpError describeFailure(CURLcode code, const char *errorBuffer) {
+  std::string detail = (errorBuffer && *errorBuffer)
+                           ? std::string(errorBuffer)
+                           : std::string(curl_easy_strerror(code));
+  return HttpError{std::string(sentenceFor(code)) + " (" + detail + ")"};
+}
+
+/// Scheme, host and port as libcurl will connect to them.
+struct Origin {
+  std::string scheme, host, port;
+  bool operator==(const Origin &) const = default;
+};
+
+std::optional<Origin> originOf(const std::string &url) {
+  std::unique_ptr<CURLU, CurlUrlDeleter> handle(curl_url());
+  if (!handle ||
+      curl_url_set(handle.get(), CURLUPART_URL, url.c_str(), 0) != CURLUE_OK)
+    return std::nullopt;
+  auto part = [&](CURLUPart which,
+                  unsigned int flags) -> std::optional<std::string> {
+    char *text = nullptr;
+    if (curl_url_get(handle.get(), which, &text, flags) != CURLUE_OK)
+      return std::nullopt;
+    std::string value(text);
+    curl_free(text);
+    return value;
+  };
+  auto scheme = part(CURLUPART_SCHEME, 0);
+  auto host = part(CURLUPART_HOST, 0);
+  auto port = part(CURLUPART_PORT, CURLU_DEFAULT_PORT);
+  if (!scheme || !host || !port)
+    return std::nullopt;
+  return Origin{toLower(*scheme), toLower(*host), *port};
+}
+
+bool isTokenCharacter(unsigned char c) {
+  if (std::isalnum(c))
+    return true;
+  constexpr std::string_view extra = "!#$%&'*+-.^_`|~";
+  return extra.find(static_cast<char>(c)) != std::string_view::npos;
+}
+
+// A field that would break the request apart (a line break in a value) or
+// that libcurl can't carry (a NUL) is refused rather than sent mangled.
+std::optional<HttpError> checkHeaders(const HttpHeaders &headers) {
+  for (const auto &[name, value] : headers) {
+    bool nameIsToken =
+        !name.empty() && std::all_of(name.begin(), name.end(), [](char c) {
+          return isTokenCharacter(static_cast<unsigned char>(c));
+        });
+    if (!nameIsToken)
+      return HttpError{"The request could not be made (the header name '" +
+                       name + "' is not valid)"};
+    if (value.find_first_of(std::string_view("\r\n\0", 3)) != std::string::npos)
+      return HttpError{"The request could not be made (the value of the "
+                       "header '" +
+                       name + "' holds a line break or a NUL byte)"};
+  }
+  return std::nullopt;
+}
+
+bool hasHeader(const HttpHeaders &headers, std::string_view name) {
+  return std::any_of(headers.begin(), headers.end(), [&](const auto &field) {
+    return equalsIgnoringCase(field.first, name);
+  });
+}
+
+/// The state of one request of the redirect chain, shared with libcurl's
+/// callbacks.
+struct Exchange {
+  const HttpBody *body = nullptr;
+  std::uint64_t bodyOffset = 0;
+  std::optional<std::string> bodyFailure;
+  std::string data;
+  HttpHeaders headers;
+};
+
+std::size_t onBodyRead(char *buffer, std::size_t size, std::size_t count,
+                       void *user) {
+  auto &exchange = *static_cast<Exchange *>(user);
+  try {
+    std::size_t n =
+        exchange.body->readAt(exchange.bodyOffset, buffer, size * count);
+    exchange.bodyOffset += n;
+    return n;
+  } catch (const std::exception &error) {
+    exchange.bodyFailure = error.what();
+    return CURL_READFUNC_ABORT;
+  }
+}
+
+int onBodySeek(void *user, curl_off_t offset, int origin) {
+  auto &exchange = *static_cast<Exchange *>(user);
+  if (origin != SEEK_SET || offset < 0)
+    return CURL_SEEKFUNC_CANTSEEK;
+  exchange.bodyOffset = static_cast<std::uint64_t>(offset);
+  return CURL_SEEKFUNC_OK;
+}
+
+std::size_t onData(char *buffer, std::size_t size, std::size_t count,
+                   void *user) {
+  static_cast<Exchange *>(user)->data.append(buffer, size * count);
+  return size * count;
+}
+
+std::string_view trimmed(std::string_view text) {
+  std::size_t first = text.find_first_not_of(" \t");
+  if (first == std::string_view::npos)
+    return {};
+  std::size_t last = text.find_last_not_of(" \t");
+  return text.substr(first, last - first + 1);
+}
+
+// Each status line starts a new set of fields, so interim answers (100) and
+// a proxy's own answer leave only the final answer's fields behind.
+std::size_t onHeaderLine(char *buffer, std::size_t size, std::size_t count,
+                         void *user) {
+  auto &exchange = *static_cast<Exchange *>(user);
+  std::string_view line(buffer, size * count);
+  while (!line.empty() && (line.back() == '\n' || line.back() == '\r'))
+    line.remove_suffix(1);
+  if (line.starts_with("HTTP/")) {
+    exchange.headers.clear();
+    return size * count;
+  }
+  if (line.empty())
+    return size * count;
+  if ((line.front() == ' ' || line.front() == '\t') &&
+      !exchange.headers.empty()) {
+    exchange.headers.back().second.append(" ").append(trimmed(line));
+    return size * count;
+  }
+  std::size_t colon = line.find(':');
+  if (colon == std::string_view::npos)
+    return size * count;
+  exchange.headers.emplace_back(std::string(line.substr(0, colon)),
+                                std::string(trimmed(line.substr(colon + 1))));
+  return size * count;
+}
+
+HeaderList makeHeaderList(const HttpSessionConfiguration &configuration,
+                          bool dropOriginBound) {
+  curl_slist *list = nullptr;
+  auto append = [&list](const std::string &line) {
+    curl_slist *extended = curl_slist_append(list, line.c_str());
+    if (!extended)
+      throw std::bad_alloc();
+    list = extended;
+  };
+  try {
+    for (const auto &[name, value] : configuration.additionalHeaders) {
+      bool originBound = std::any_of(configuration.originBoundHeaders.begin(),
+                                     configuration.originBoundHeaders.end(),
+                                     [&](const std::string &bound) {
+                                       return equalsIgnoringCase(bound, name);
+                                     });
+      if (dropOriginBound && originBound)
+        continue;
+      // "Name:" would tell libcurl to leave the field out; "Name;" sends it
+      // with an empty value.
+      append(value.empty() ? name + ";" : name + ": " + value);
+    }
+    // Fields that libcurl adds unless told not to.
+    append("Expect:");
+    if (!hasHeader(configuration.additionalHeaders, "Accept"))
+      append("Accept:");
+    if (!hasHeader(configuration.additionalHeaders, "Content-Type"))
+      append("Content-Type:");
+  } catch (...) {
+    curl_slist_free_all(list);
+    throw;
+  }
+  return HeaderList(list);
+}
+
+bool isRedirect(long status) {
+  return status == 301 || status == 302 || status == 303 || status == 307 ||
+         status == 308;
+}
+
+/// Sets up \p handle for one request of the chain. Returns the failure of
+/// the first option that libcurl refuses.
+CURLcode configure(CURL *handle, const std::string &url,
+                   const std::string &method, Exchange &exchange,
+                   curl_slist *headers, char *errorBuffer) {
+  const HttpBody &body = *exchange.body;
+  CURLcode code = CURLE_OK;
+  auto set = [&](CURLoption option, auto value) {
+    if (code == CURLE_OK)
+      code = curl_easy_setopt(handle, option, value);
+  };
+  set(CURLOPT_URL, url.c_str());
+  set(CURLOPT_ERRORBUFFER, errorBuffer);
+  set(CURLOPT_NOSIGNAL, 1L);
+  set(CURLOPT_PROTOCOLS_STR, "http,https");
+  set(CURLOPT_FOLLOWLOCATION, 0L);
+  set(CURLOPT_TIMEOUT_MS, 0L);
+  set(CURLOPT_CONNECTTIMEOUT_MS, unlimitedConnectMs);
+  set(CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
+  set(CURLOPT_HTTPHEADER, headers);
+  set(CURLOPT_WRITEFUNCTION, onData);
+  set(CURLOPT_WRITEDATA, static_cast<void *>(&exchange));
+  set(CURLOPT_HEADERFUNCTION, onHeaderLine);
+  set(CURLOPT_HEADERDATA, static_cast<void *>(&exchange));
+
+  if (method == "HEAD") {
+    set(CURLOPT_NOBODY, 1L);
+    return code;
+  }
+  if (method == "GET" && body.getSize() == 0) {
+    set(CURLOPT_HTTPGET, 1L);
+    return code;
+  }
+  set(CURLOPT_POST, 1L);
+  set(CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(body.getSize()));
+  if (body.getSize() == 0) {
+    set(CURLOPT_POSTFIELDS, "");
+  } else {
+    set(CURLOPT_READFUNCTION, onBodyRead);
+    set(CURLOPT_READDATA, static_cast<void *>(&exchange));
+    set(CURLOPT_SEEKFUNCTION, onBodySeek);
+    set(CURLOPT_SEEKDATA, static_cast<void *>(&exchange));
+    set(CURLOPT_UPLOAD_BUFFERSIZE, uploadBufferSize);
+  }
+  if (method != "POST")
+    set(CURLOPT_CUSTOMREQUEST, method.c_str());
+  return code;
+}
+
+} // namespace
+
+void HttpTask::Transfer::run() {
+  auto fail = [this](HttpError error) {
+    completion(std::nullopt, std::nullopt, std::move(error));
+  };
+  if (auto invalid = checkHeaders(configuration.additionalHeaders))
+    return fail(*invalid);
+  CurlHandle handle(curl_easy_init());
+  if (!handle)
+    return fail(describeFailure(CURLE_FAILED_INIT, nullptr));
+
+  std::string url = request.url;
+  std::string method = request.method;
+  HttpBody body = request.body;
+  std::optional<Origin> firstOrigin = originOf(url);
+  bool leftOrigin = false;
+
+  for (int hop = 0;; ++hop) {
+    if (hop > 0) {
+      std::optional<Origin> origin = originOf(url);
+      if (!origin || !firstOrigin || *origin != *firstOrigin)
+        leftOrigin = true;
+    }
+    HeaderList headers;
+    try {
+      headers = makeHeaderList(configuration, leftOrigin);
+    } catch (const std::bad_alloc &) {
+      return fail(describeFailure(CURLE_OUT_OF_MEMORY, nullptr));
+    }
+    char errorBuffer[CURL_ERROR_SIZE] = {};
+    Exchange exchange;
+    exchange.body = &body;
+    // A reset keeps the connections, so a redirect to the same server
+    // reuses its connection.
+    curl_easy_reset(handle.get());
+    CURLcode code = configure(handle.get(), url, method, exchange,
+                              headers.get(), errorBuffer);
+    if (code == CURLE_OK)
+      code = curl_easy_perform(handle.get());
+    if (code != CURLE_OK) {
+      if (exchange.bodyFailure)
+        return fail(HttpError{"The request body could not be sent (" +
+                              *exchange.bodyFailure + ")"});
+      return fail(describeFailure(code, errorBuffer));
+    }
+
+    long status = 0;
+    curl_easy_getinfo(handle.get(), CURLINFO_RESPONSE_CODE, &status);
+    char *next = nullptr;
+    curl_easy_getinfo(handle.get(), CURLINFO_REDIRECT_URL, &next);
+    if (!isRedirect(status) || next == nullptr) {
+      completion(std::move(exchange.data),
+                 HttpResponse{status, std::move(exchange.headers)},
+                 std::nullopt);
+      return;
+    }
+    if (hop == maxRedirects)
+      return fail(describeFailure(CURLE_TOO_MANY_REDIRECTS, nullptr));
+    url = next;
+    // The method changes as browsers change it: a 303 turns everything but
+    // HEAD into GET, a 301 or 302 turns POST into GET; 307 and 308 keep
+    // method and body.
+    if ((status == 303 && method != "HEAD") ||
+        ((status == 301 || status == 302) && method == "POST")) {
+      method = "GET";
+      body = HttpBody();
+    }
+  }
+}
+
+HttpTask::HttpTask(std::shared_ptr<Transfer> transfer)
+    : transfer(std::move(transfer)) {}
+
+HttpTask::~HttpTask() {
+  if (thread.joinable())
+    thread.join();
+}
+
+void HttpTask::resume() {
+  if (thread.joinable() || !transfer)
+    return;
+  thread = std::thread([transfer = transfer] { transfer->run(); });
+}
+
+HttpSession::HttpSession(HttpSessionConfiguration configuration)
+    : configuration(std::move(configuration)) {
+  initialiseCurl();
+}
+
+HttpTask HttpSession::dataTask(HttpRequest request,
+                               DataTaskCompletion completion) const {
+  return HttpTask(std::make_shared<HttpTask::Transfer>(HttpTask::Transfer{
+      configuration, std::move(request), std::move(completion)}));
+}
+
+} // namespace platform

@@ -1,0 +1,77 @@
+#ifndef KESTRUNECLI_PLATFORM_HTTPSESSION_H
+#define KESTRUNECLI_PLATFORM_HTTPSESSION_H
+
+#include "Platform/HttpMessage.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace platform {
+
+/// What every request of a session carries.
+struct HttpSessionConfiguration {
+  /// The header fields added to every request. They are the only fields
+  /// besides those HTTP itself needs (Host, and Content-Length on a request
+  /// with a body): no Accept, Content-Type, Expect, User-Agent or
+  /// Accept-Encoding of the client's own.
+  HttpHeaders additionalHeaders;
+  /// Names of fields of additionalHeaders that hold credentials: they go
+  /// only to the scheme, host and port of the request as it was made, and
+  /// are dropped for good once a redirect leads elsewhere.
+  std::vector<std::string> originBoundHeaders{"Authorization"};
+};
+
+/// Called once when a request has ended. On an answer: the body (possibly
+/// empty), the response and no error. On a failure: no data, no response
+/// and the error. It runs on the task's own thread and must not throw.
+using DataTaskCompletion = std::function<void(
+    std::optional<std::string> data, std::optional<HttpResponse> response,
+    std::optional<HttpError> error)>;
+
+/// One request on its way. It does nothing until resume(); the object waits
+/// for its thread when it goes away, so the completion has run by then.
+class HttpTask {
+public:
+  HttpTask(HttpTask &&) noexcept = default;
+  HttpTask &operator=(HttpTask &&) = delete;
+  ~HttpTask();
+
+  /// Starts the transfer on a thread of its own; later calls do nothing.
+  void resume();
+
+private:
+  friend class HttpSession;
+  /// What the thread runs; defined in HttpSession.cpp.
+  struct Transfer;
+  explicit HttpTask(std::shared_ptr<Transfer> transfer);
+  std::shared_ptr<Transfer> transfer;
+  std::thread thread;
+};
+
+/// An HTTP client over libcurl. Each request follows redirects (at most 20),
+/// verifies TLS against the system's certificates, takes proxies from the
+/// environment and has no time-out of any kind, the connect phase included:
+/// it waits for as long as the server and the network do.
+class HttpSession {
+public:
+  explicit HttpSession(HttpSessionConfiguration configuration);
+
+  /// A task that sends \p request and calls \p completion with the outcome.
+  [[nodiscard]] HttpTask dataTask(HttpRequest request,
+                                  DataTaskCompletion completion) const;
+
+  const HttpSessionConfiguration &getConfiguration() const noexcept {
+    return configuration;
+  }
+
+private:
+  HttpSessionConfiguration configuration;
+};
+
+} // namespace platform
+
+#endif

@@ -1,0 +1,100 @@
+#include "ArgumentParser/ParsableCommand.h"
+
+#include "ArgumentParser/Parsing/CommandParser.h"
+#include "ArgumentParser/Usage/HelpGenerator.h"
+#include "ArgumentParser/Usage/MessageInfo.h"
+#include "Platform/StandardOutput.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+
+namespace argparse {
+
+std::vector<std::string> processArguments() {
+  // The kernel keeps the process's arguments NUL-separated.
+  std::ifstream in("/proc/self/cmdline", std::ios::binary);
+  std::string all((std::istreambuf_iterator<char>(in)),
+                  std::istreambuf_iterator<char>());
+  std::vector<std::string> arguments;
+  std::size_t start = 0;
+  while (start < all.size()) {
+    std::size_t end = all.find('\0', start);
+    if (end == std::string::npos)
+      end = all.size();
+    arguments.push_back(all.substr(start, end - start));
+    start = end + 1;
+  }
+  if (!arguments.empty())
+    arguments.erase(arguments.begin());
+  return arguments;
+}
+
+std::shared_ptr<ParsableCommandBase> parseAsRoot(const CommandType &root,
+                                                 OptionalArguments arguments) {
+  CommandParser parser(root);
+  return parser.parse(arguments ? *arguments : processArguments());
+}
+
+void runMain(const CommandType &root, OptionalArguments arguments) {
+  try {
+    std::shared_ptr<ParsableCommandBase> command =
+        parseAsRoot(root, std::move(arguments));
+    command->run();
+  } catch (...) {
+    exitWithError(root, std::current_exception());
+  }
+}
+
+std::string helpMessage(const CommandType &root, const CommandType *command,
+                        std::optional<std::size_t> columns) {
+  std::vector<const CommandType *> stack{&root};
+  if (command) {
+    CommandParser parser(root);
+    std::vector<const Tree *> path = parser.getCommandTree().pathTo(*command);
+    if (!path.empty()) {
+      stack.clear();
+      for (const Tree *node : path)
+        stack.push_back(node->element);
+    }
+  }
+  return HelpGenerator(stack).rendered(columns);
+}
+
+std::string message(const CommandType &root, std::exception_ptr error) {
+  return MessageInfo(error, root).message();
+}
+
+std::string fullMessage(const CommandType &root, std::exception_ptr error) {
+  return MessageInfo(error, root).fullText();
+}
+
+ExitCode exitCode(const CommandType &root, std::exception_ptr error) {
+  return MessageInfo(error, root).exitCode();
+}
+
+void exitWithError(const CommandType &root, std::exception_ptr error) {
+  if (!error)
+    std::exit(ExitCode::success.rawValue);
+  MessageInfo info(error, root);
+  const std::string text = info.fullText();
+  if (!text.empty()) {
+    if (info.getKind() == MessageInfo::Kind::help) {
+      platform::printLine(text);
+    } else {
+      // Parse errors go to standard error, byte for byte.
+      std::fflush(stdout);
+      std::string line = text + "\n";
+      std::fwrite(line.data(), 1, line.size(), stderr);
+      std::fflush(stderr);
+    }
+  }
+  std::exit(info.exitCode().rawValue);
+}
+
+bool isHelpCommand(const ParsableCommandBase &command) {
+  return &command.getCommandType() == &commandType<HelpCommand>();
+}
+
+} // namespace argparse

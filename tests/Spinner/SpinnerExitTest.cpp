@@ -106,7 +106,7 @@ TEST(SpinnerExitTest, ExitWhileTurningEndsWithWholeOutputAndTheCursorShown) {
   const ExitCase cases[] = {{"automatic", "\x1b[?25h"},
                             {"static", "\x1b[?25h\x1b[?25h"}};
   for (const ExitCase &c : cases) {
-    for (int attempt = 0; attempt < 10; ++attempt) {
+    for (int attempt = 0; attempt < 6; ++attempt) {
       SCOPED_TRACE(std::string(c.mode) + " #" + std::to_string(attempt));
       const ProbeRun run = runProbe(c.mode);
       ASSERT_TRUE(run.finished) << "the probe hung";

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <functional>
 #include <optional>
 #include <set>
 #include <string>
@@ -200,20 +201,6 @@ TEST_F(SpinnerTest, AnimationFollowsTheFramesInOrder) {
   }
 }
 
-TEST_F(SpinnerTest, StartingTwiceHidesTheCursorOnce) {
-  use(OutputTarget::unknown);
-  const std::string output = captureStdout([] {
-    Spinner spinner(Pattern::line(), "x", drawOnce);
-    spinner.start();
-    spinner.start();
-    waitForOutput(hide.size() + redraw("-", "x").size());
-    spinner.start();
-    spinner.stopAndClear();
-  });
-  EXPECT_EQ(output,
-            hide + redraw("-", "x") + redraw(" ", " ") + show + "\r" + show);
-}
-
 TEST_F(SpinnerTest, StoppedSpinnerWritesAndChangesNothing) {
   use(OutputTarget::console);
   Spinner spinner(Pattern::line(), "Waiting", drawOnce);
@@ -283,80 +270,73 @@ TEST_F(SpinnerTest, FramesAreColouredOnceAtConstruction) {
   }
 }
 
-TEST_F(SpinnerTest, SpeedIsThePatternsUnlessGiven) {
-  EXPECT_EQ(Spinner(Pattern::line(), "x").getSpeed(), 0.13);
-  EXPECT_EQ(Spinner(Pattern::dots11(), "x").getSpeed(), 0.1);
-  EXPECT_EQ(Spinner(Pattern::line(), "x", 0.5).getSpeed(), 0.5);
-}
-
-TEST_F(SpinnerTest, FinalDrawingUsesTheSymbolOrTheNextFrame) {
+// What a running spinner writes after its first redraw, for each way of
+// going on; every spinner here draws once at start and then waits.
+TEST_F(SpinnerTest, ScenariosWriteExactlyTheirBytes) {
   use(OutputTarget::unknown);
-  struct SymbolCase {
-    std::optional<std::string> symbol;
-    std::string finalFrame;
+  struct Scenario {
+    const char *what;
+    std::string text;
+    std::function<void(Spinner &)> script;
+    std::string expected;
   };
-  const SymbolCase cases[] = {
-      {std::nullopt, "\\"}, {"", " "}, {"*", "*"}, {"[ok]", "[ok]"}};
-  for (const SymbolCase &c : cases) {
-    SCOPED_TRACE(c.symbol.value_or("<absent>"));
+  const Scenario scenarios[] = {
+      {"start twice hides once", "x",
+       [](Spinner &s) {
+         s.start();
+         s.stopAndClear();
+       },
+       redraw(" ", " ") + show + "\r"},
+      {"no symbol: the next frame", "T",
+       [](Spinner &s) { s.stop(std::nullopt, std::nullopt, "|end"); },
+       redraw("\\", "T") + show + "|end"},
+      {"empty symbol: one blank", "T",
+       [](Spinner &s) { s.stop(std::nullopt, "", "|end"); },
+       redraw(" ", "T") + show + "|end"},
+      {"wide symbol", "T", [](Spinner &s) { s.stop("Tx", "[ok]", ""); },
+       redraw("[ok]", "Tx") + show},
+      {"empty text: frame and one blank", "",
+       [](Spinner &s) { s.stop(std::nullopt, std::nullopt, ""); },
+       "\r\\ " + show},
+      {"replaced frames start from the first", "T",
+       [](Spinner &s) {
+         s.setFrames({"x", "y"});
+         s.stop(std::nullopt, std::nullopt, "");
+       },
+       redraw("x", "T") + show},
+      {"restart draws the present frames", "T",
+       [](Spinner &s) {
+         s.stop(std::nullopt, "v", "\n");
+         s.start();
+         waitForOutput(2 * hide.size() + 3 * redraw("v", "T").size() +
+                       show.size() + 1);
+         s.stopAndClear();
+       },
+       redraw("v", "T") + show + "\n" + hide + redraw("v", "T") +
+           redraw(" ", " ") + show + "\r"},
+      {"release while running", "T", [](Spinner &) {}, ""},
+  };
+  for (const Scenario &c : scenarios) {
+    SCOPED_TRACE(c.what);
     const std::string output = captureStdout([&] {
-      Spinner spinner(Pattern::line(), "T", drawOnce);
-      startAndWaitForFirstRedraw(spinner, redraw("-", "T"));
-      spinner.stop(std::nullopt, c.symbol, "|end");
+      Spinner spinner(Pattern::line(), c.text, drawOnce);
+      startAndWaitForFirstRedraw(spinner, redraw("-", c.text));
+      c.script(spinner);
     });
-    EXPECT_EQ(output, hide + redraw("-", "T") + redraw(c.finalFrame, "T") +
-                          show + "|end" + show);
+    EXPECT_EQ(output, hide + redraw("-", c.text) + c.expected + show);
   }
 }
 
-TEST_F(SpinnerTest, EmptyTextDrawsTheFrameAndOneBlank) {
-  use(OutputTarget::unknown);
-  const std::string output = captureStdout([] {
-    Spinner spinner(Pattern::line(), "", drawOnce);
-    startAndWaitForFirstRedraw(spinner, "\r- ");
-    spinner.stop(std::nullopt, std::nullopt, "");
-  });
-  EXPECT_EQ(output, hide + "\r- \r\\ " + show + show);
-}
-
-TEST_F(SpinnerTest, ReplacedFramesStartFromTheFirst) {
-  use(OutputTarget::unknown);
-  const std::string output = captureStdout([] {
-    Spinner spinner(Pattern({"a", "b", "c"}, drawOnce), "T");
-    startAndWaitForFirstRedraw(spinner, redraw("a", "T"));
-    spinner.setFrames({"x", "y"});
-    spinner.stop(std::nullopt, std::nullopt, "");
-  });
-  EXPECT_EQ(output, hide + redraw("a", "T") + redraw("x", "T") + show + show);
-}
-
-TEST_F(SpinnerTest, RestartDrawsThePresentFrames) {
-  use(OutputTarget::unknown);
-  const std::string output = captureStdout([] {
-    Spinner spinner(Pattern::line(), "T", drawOnce);
-    startAndWaitForFirstRedraw(spinner, redraw("-", "T"));
-    spinner.stop(std::nullopt, "v", "\n");
-    const std::size_t before =
-        hide.size() + 2 * redraw("-", "T").size() + show.size() + 1;
-    spinner.start();
-    waitForOutput(before + hide.size() + redraw("v", "T").size());
-    spinner.stopAndClear();
-  });
-  EXPECT_EQ(output, hide + redraw("-", "T") + redraw("v", "T") + show + "\n" +
-                        hide + redraw("v", "T") + redraw(" ", " ") + show +
-                        "\r" + show);
-}
-
-TEST_F(SpinnerTest, ReleaseShowsTheCursorRunningOrNot) {
+TEST_F(SpinnerTest, CursorIsShownOnReleaseAndOnRequest) {
   use(OutputTarget::unknown);
   EXPECT_EQ(captureStdout([] { Spinner spinner(Pattern::line(), "T"); }), show);
-  EXPECT_EQ(captureStdout([] {
-              Spinner spinner(Pattern::line(), "T", drawOnce);
-              startAndWaitForFirstRedraw(spinner, redraw("-", "T"));
-            }),
-            hide + redraw("-", "T") + show);
   Spinner spinner(Pattern::line(), "T");
   EXPECT_EQ(captureStdout([&] { spinner.unhideCursor(); }), show);
+}
+
+TEST_F(SpinnerTest, SpeedIsThePatternsUnlessGiven) {
+  EXPECT_EQ(Spinner(Pattern::line(), "x").getSpeed(), 0.13);
+  EXPECT_EQ(Spinner(Pattern::line(), "x", 0.5).getSpeed(), 0.5);
 }
 
 TEST_F(SpinnerTest, ShorterTextGetsBlanksForTheVisibleDifference) {

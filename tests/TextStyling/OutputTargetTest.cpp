@@ -73,11 +73,4 @@ TEST_F(EnvironmentTest, CurrentTargetReadsTheEnvironmentOfThisProcess) {
   EXPECT_EQ(styling::currentOutputTarget(), OutputTarget::unknown);
 }
 
-TEST_F(EnvironmentTest, EnvValueTellsUnsetFromEmpty) {
-  setenv("TERM", "", 1);
-  EXPECT_EQ(styling::getEnvValue("TERM"), std::optional<std::string>(""));
-  unsetenv("TERM");
-  EXPECT_EQ(styling::getEnvValue("TERM"), std::nullopt);
-}
-
 } // namespace

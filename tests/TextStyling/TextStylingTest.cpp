@@ -244,42 +244,6 @@ TEST_F(TextStylingTest, ExtractsModesFromEitherForm) {
   }
 }
 
-TEST_F(TextStylingTest, GeneratesEachFormFromModes) {
-  using Styles = std::vector<Style>;
-  struct GenerateCase {
-    OutputTarget target;
-    Modes modes;
-    std::string_view expected;
-  };
-  const GenerateCase cases[] = {
-      {OutputTarget::console,
-       {Color::red, BackgroundColor::blue, Styles{Style::dim}, "x"},
-       "\x1b[31;44;2mx\x1b[0m"},
-      {OutputTarget::console, {{}, {}, Styles{}, "x"}, "x"},
-      {OutputTarget::console,
-       {{}, {}, Styles{Style::swap}, ""},
-       "\x1b[7m\x1b[0m"},
-      {OutputTarget::xcodeColors,
-       {Color::red, BackgroundColor::blue, Styles{Style::dim}, "x"},
-       "\x1b[fg255,0,0;\x1b[bg0,0,255;x\x1b[;"},
-      {OutputTarget::xcodeColors,
-       {Color::defaultColor, BackgroundColor::blue, {}, "x"},
-       "\x1b[bg0,0,255;x\x1b[;"},
-      {OutputTarget::xcodeColors,
-       {Color::defaultColor, BackgroundColor::defaultColor, {}, "x"},
-       "x"},
-      {OutputTarget::unknown, {Color::red, {}, {}, "x"}, "x"},
-  };
-  for (const GenerateCase &c : cases) {
-    SCOPED_TRACE(c.expected);
-    use(c.target);
-    EXPECT_EQ(TextStyling::generateString(c.modes.color,
-                                          c.modes.backgroundColor,
-                                          c.modes.styles, c.modes.text),
-              c.expected);
-  }
-}
-
 // Every short text over the alphabet of sequences: taking it apart and
 // styling it never reads out of bounds, and on a terminal styling keeps the
 // text that was there.

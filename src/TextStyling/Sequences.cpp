@@ -31,10 +31,9 @@ void appendStyle(Modes &modes, Style style) {
 
 std::optional<ExtractedCodes<std::uint8_t>>
 ConsoleModesExtractor::extract(std::string_view text) {
-  const std::size_t codesStart = controlSequenceIntroducer.size();
+  const std::size_t codesStart = ControlCode::CSI.size();
   if (text.size() < codesStart + consoleReset.size() ||
-      !text.starts_with(controlSequenceIntroducer) ||
-      !text.ends_with(consoleReset))
+      !text.starts_with(ControlCode::CSI) || !text.ends_with(consoleReset))
     return std::nullopt;
   const std::size_t resetStart = text.size() - consoleReset.size();
   const std::size_t codesEnd = text.find('m', codesStart);
@@ -79,7 +78,7 @@ std::string ConsoleStringGenerator::generate(const Modes &modes) {
       codes.push_back(static_cast<int>(style));
   if (codes.empty())
     return modes.text;
-  std::string result(controlSequenceIntroducer);
+  std::string result(ControlCode::CSI);
   for (std::size_t i = 0; i < codes.size(); ++i) {
     if (i > 0)
       result += ';';
@@ -93,16 +92,14 @@ std::string ConsoleStringGenerator::generate(const Modes &modes) {
 
 std::optional<ExtractedCodes<std::string>>
 XcodeColorsModesExtractor::extract(std::string_view text) {
-  if (text.size() <
-          controlSequenceIntroducer.size() + xcodeColorsReset.size() ||
-      !text.starts_with(controlSequenceIntroducer) ||
-      !text.ends_with(xcodeColorsReset))
+  if (text.size() < ControlCode::CSI.size() + xcodeColorsReset.size() ||
+      !text.starts_with(ControlCode::CSI) || !text.ends_with(xcodeColorsReset))
     return std::nullopt;
   const std::size_t resetStart = text.size() - xcodeColorsReset.size();
   ExtractedCodes<std::string> result;
   std::size_t position = 0;
   while (position < resetStart && text[position] == '\x1b') {
-    const std::size_t codeStart = position + controlSequenceIntroducer.size();
+    const std::size_t codeStart = position + ControlCode::CSI.size();
     const std::size_t codeEnd = text.find(';', codeStart);
     if (codeEnd >= resetStart)
       return std::nullopt;
@@ -127,13 +124,13 @@ Modes XcodeColorsCodesParser::parse(std::span<const std::string> modeCodes) {
 std::string XcodeColorsStringGenerator::generate(const Modes &modes) {
   std::string result;
   if (modes.color && *modes.color != Color::defaultColor) {
-    result += controlSequenceIntroducer;
+    result += ControlCode::CSI;
     result += xcodeColorsDescription(*modes.color);
     result += ';';
   }
   if (modes.backgroundColor &&
       *modes.backgroundColor != BackgroundColor::defaultColor) {
-    result += controlSequenceIntroducer;
+    result += ControlCode::CSI;
     result += xcodeColorsDescription(*modes.backgroundColor);
     result += ';';
   }

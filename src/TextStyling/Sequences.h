@@ -12,8 +12,11 @@
 
 namespace styling {
 
-/// The sequence introducer ESC '[' that begins every sequence.
-inline constexpr std::string_view controlSequenceIntroducer = "\x1b[";
+/// The control codes of styled text.
+struct ControlCode {
+  /// The control sequence introducer ESC '[' that begins every sequence.
+  static constexpr std::string_view CSI = "\x1b[";
+};
 /// The end of a text styled for a terminal.
 inline constexpr std::string_view consoleReset = "\x1b[0m";
 /// The end of a text styled for an XcodeColors console.

@@ -12,6 +12,11 @@ void ParsedValues::set(Element element) {
     elements.push_back(std::move(element));
     return;
   }
+  // Merge the smaller origin into the larger one: repeated options keep
+  // adding one index to a growing set.
+  if (element.inputOrigin.getElements().size() <
+      it->inputOrigin.getElements().size())
+    std::swap(element.inputOrigin, it->inputOrigin);
   element.inputOrigin.formUnion(it->inputOrigin);
   *it = std::move(element);
 }

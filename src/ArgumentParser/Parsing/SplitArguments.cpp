@@ -199,11 +199,48 @@ SplitArguments::popNextValue() {
   return result;
 }
 
-void SplitArguments::remove(SplitIndex index) { removeAll(InputOrigin{index}); }
+void SplitArguments::remove(SplitIndex index) { removeOne(index); }
+
+void SplitArguments::removeOne(SplitIndex index) {
+  auto firstOfInput = [&] {
+    return std::lower_bound(elements.begin(), elements.end(),
+                            SplitIndex{index.inputIndex, {}},
+                            [](const Entry &entry, const SplitIndex &key) {
+                              return entry.first < key;
+                            });
+  };
+  if (index.isComplete()) {
+    auto first = firstOfInput();
+    auto last = first;
+    while (last != elements.end() && last->first.inputIndex == index.inputIndex)
+      ++last;
+    elements.erase(first, last);
+    return;
+  }
+  // The letter itself, and the whole form, which can no longer match once one
+  // of its letters is used.
+  auto letter = std::lower_bound(elements.begin(), elements.end(), index,
+                                 [](const Entry &entry, const SplitIndex &key) {
+                                   return entry.first < key;
+                                 });
+  if (letter != elements.end() && letter->first == index)
+    elements.erase(letter);
+  auto whole = firstOfInput();
+  if (whole != elements.end() &&
+      whole->first == SplitIndex{index.inputIndex, {}})
+    elements.erase(whole);
+}
 
 void SplitArguments::removeAll(const InputOrigin &origin) {
   if (origin.isEmpty() || elements.empty())
     return;
+  // A few indexes, the common case of one parse round, are found by binary
+  // search; a large origin is applied in one pass over the elements.
+  if (origin.getElements().size() <= 8) {
+    for (const SplitIndex &index : origin.getElements())
+      removeOne(index);
+    return;
+  }
   // A whole index takes its input with every letter; a letter takes itself
   // and the whole form of its input, which can no longer match once one of
   // its letters is used.

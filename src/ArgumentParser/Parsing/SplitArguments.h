@@ -142,6 +142,7 @@ public:
 
 private:
   void append(SplitIndex index, Element element);
+  void removeOne(SplitIndex index);
   void appendOption(int position, std::string_view remainder, bool singleDash);
 
   std::deque<Entry> elements;

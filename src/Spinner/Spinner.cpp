@@ -23,12 +23,13 @@ constexpr double longestDelay = 365.0 * 24 * 60 * 60;
 // At process exit stdio flushes and unbuffers standard output without
 // taking its lock, so a redraw from a spinner's thread at that moment could
 // be torn. The first exit handler closes this gate: from then on no redraw
-// is written, and a spinner that was still running gets the cursor back.
-// The gate is never destroyed, so threads may still look at it at exit.
+// is written. Nothing else is written at exit either: a process that ends
+// while a spinner turns leaves its last line as it stands, exactly as the
+// spinner drew it. The gate is never destroyed, so threads may still look at
+// it at exit.
 struct ExitGate {
   std::mutex mutex;
   bool exiting = false;
-  std::size_t runningSpinners = 0;
 };
 
 void closeExitGate();
@@ -46,16 +47,6 @@ void closeExitGate() {
   ExitGate &gate = getExitGate();
   std::lock_guard lock(gate.mutex);
   gate.exiting = true;
-  if (gate.runningSpinners > 0) {
-    platform::writeOut(showCursor);
-    platform::flushOut();
-  }
-}
-
-void countRunning(int change) {
-  ExitGate &gate = getExitGate();
-  std::lock_guard lock(gate.mutex);
-  gate.runningSpinners += static_cast<std::size_t>(change);
 }
 
 std::size_t visibleLength(std::string_view text) {
@@ -89,8 +80,6 @@ Spinner::~Spinner() {
   {
     std::lock_guard lock(mutex);
     closing = true;
-    if (running)
-      countRunning(-1);
   }
   wakeUp.notify_all();
   if (queue.joinable())
@@ -106,7 +95,6 @@ void Spinner::start() {
   platform::writeOut(hideCursor);
   platform::flushOut();
   running = true;
-  countRunning(+1);
   nextRedraw = Clock::now();
   if (!queue.joinable()) {
     try {
@@ -193,7 +181,6 @@ bool Spinner::stopLocked(std::optional<std::string> text,
   }
   render();
   running = false;
-  countRunning(-1);
   nextRedraw.reset();
   platform::writeOut(showCursor);
   platform::flushOut();

@@ -4,6 +4,8 @@
 // Command trees that exist only for the engine's tests.
 
 #include "ArgumentParser/ArgumentParser.h"
+#include "ArgumentParser/Usage/HelpGenerator.h"
+#include "ArgumentParser/Usage/MessageInfo.h"
 
 #include <optional>
 #include <stdexcept>

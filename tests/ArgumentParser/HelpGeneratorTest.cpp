@@ -4,7 +4,11 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <string>
+
+#include <pty.h>
+#include <unistd.h>
 
 namespace argtest {
 namespace {
@@ -105,6 +109,24 @@ TEST(HelpGeneratorTest, UsesTheOverrideWhenNoWidthIsGiven) {
   EXPECT_EQ(Layout::helpMessage(), Layout::helpMessage(50));
   HelpGenerator::screenWidthOverride = 80;
   EXPECT_EQ(Layout::helpMessage(), Layout::helpMessage(80));
+}
+
+TEST(HelpGeneratorTest, WrapsAtTheTerminalWidthWithoutOverride) {
+  winsize size{24, 50, 0, 0};
+  int master = -1;
+  int slave = -1;
+  ASSERT_EQ(openpty(&master, &slave, nullptr, nullptr, &size), 0);
+  std::fflush(stdout);
+  int saved = dup(1);
+  dup2(slave, 1);
+  HelpGenerator::screenWidthOverride.reset();
+  const std::string rendered = Layout::helpMessage();
+  HelpGenerator::screenWidthOverride = 80;
+  dup2(saved, 1);
+  close(saved);
+  close(slave);
+  close(master);
+  EXPECT_EQ(rendered, Layout::helpMessage(50));
 }
 
 TEST(HelpGeneratorTest, ShowsThirteenOrMoreUsageEntriesAsOptions) {

@@ -1,0 +1,94 @@
+// Splits and parses arbitrary command lines against command trees that use
+// every feature of the engine, and renders whatever comes out: help, usage
+// and error texts. Input: one byte choosing the tree, one byte for the help
+// width, then the arguments separated by NUL bytes (any other bytes,
+// invalid UTF-8 included, stay in the arguments).
+
+#include "ArgumentParser/ArgumentParser.h"
+#include "ArgumentParser/Parsing/CommandParser.h"
+#include "ArgumentParser/Parsing/SplitArguments.h"
+#include "ArgumentParser/TestCommands.h"
+#include "ArgumentParser/Usage/HelpGenerator.h"
+#include "ArgumentParser/Usage/MessageInfo.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace argparse;
+
+const CommandType *const roots[] = {
+    &commandType<argtest::Tool>(),
+    &commandType<argtest::Strategies>(),
+    &commandType<argtest::Flags>(),
+    &commandType<argtest::Values>(),
+    &commandType<argtest::Positionals>(),
+    &commandType<argtest::Passthrough>(),
+    &commandType<argtest::Checked>(),
+    &commandType<argtest::NoHelp>(),
+    &commandType<WrappedParsableCommand<argtest::ServerOptions>>(),
+};
+
+std::vector<std::string> argumentsFrom(const std::uint8_t *data,
+                                       std::size_t size) {
+  std::vector<std::string> arguments;
+  std::string current;
+  for (std::size_t i = 0; i < size; ++i) {
+    if (data[i] == 0) {
+      arguments.push_back(current);
+      current.clear();
+    } else {
+      current.push_back(static_cast<char>(data[i]));
+    }
+  }
+  if (size > 0)
+    arguments.push_back(current);
+  return arguments;
+}
+
+// Walks the split list with every consuming operation.
+void exerciseSplit(const std::vector<std::string> &arguments) {
+  try {
+    SplitArguments split(arguments);
+    (void)split.coalescedExtraElements();
+    (void)split.containsNonTerminatorArguments();
+    SplitArguments copy = split;
+    while (auto next = copy.peekNext()) {
+      (void)copy.originalInputAt(next->first);
+      (void)copy.popNextElementIfValue(next->first);
+      (void)copy.popNextValue(next->first);
+      (void)copy.popNextElementAsValue(next->first);
+      copy.popNext();
+    }
+    while (split.popNextValue()) {
+    }
+  } catch (const ParserError &) {
+  }
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data,
+                                      std::size_t size) {
+  if (size < 2)
+    return 0;
+  const CommandType &root = *roots[data[0] % std::size(roots)];
+  const std::size_t width = data[1];
+  std::vector<std::string> arguments = argumentsFrom(data + 2, size - 2);
+
+  exerciseSplit(arguments);
+  HelpGenerator::screenWidthOverride = width;
+  try {
+    std::shared_ptr<ParsableCommandBase> command = parseAsRoot(root, arguments);
+    command->run();
+  } catch (...) {
+    MessageInfo info(std::current_exception(), root);
+    (void)info.fullText();
+    (void)info.exitCode();
+  }
+  (void)helpMessage(root, nullptr, width);
+  return 0;
+}

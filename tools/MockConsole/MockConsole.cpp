@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <atomic>
 #include <cctype>
 #include <cerrno>
 #include <charconv>
@@ -186,6 +187,7 @@ struct MockConsole::State {
   const Options options;
   httplib::Server server;
   std::thread listener;
+  std::atomic<bool> listenerEnded = false;
   int port = 0;
 
   mutable std::mutex mutex;
@@ -423,6 +425,7 @@ void MockConsole::State::log(Route route, const httplib::Request &request,
   entry.bodySha256 = body.sha256;
   entry.body = body.kept;
   entry.status = status;
+  entry.clientPort = request.remote_port;
 
   std::lock_guard lock(mutex);
   if (logFile.is_open()) {
@@ -468,10 +471,12 @@ void MockConsole::State::handle(Route route, const httplib::Request &request,
   ReceivedBody body = readBody(
       request, reader, scripted ? scripted->dropAfterBodyBytes : std::nullopt);
   if (body.dropped) {
+    // Logged first: the client may look at the log as soon as it sees the
+    // connection go.
+    log(route, request, body, 0);
     if (auto socket = findConnectionSocket(
             request.local_port, request.remote_addr, request.remote_port))
       dropConnection(*socket);
-    log(route, request, body, 0);
     return;
   }
   Answer answer = scripted ? *scripted : answerAsConsole(route, request, body);
@@ -521,6 +526,12 @@ void MockConsole::start() {
   s.server.Put(".*", reading(Route::Other));
   s.server.Patch(".*", reading(Route::Other));
   s.server.Delete(".*", reading(Route::Other));
+  // The library's default also sets SO_REUSEPORT, which would let a second
+  // console share a taken port silently.
+  s.server.set_socket_options([](socket_t socket) {
+    int yes = 1;
+    setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
+  });
   // Slow clients and large bodies are the point of this server.
   s.server.set_read_timeout(std::chrono::minutes(10));
   s.server.set_write_timeout(std::chrono::minutes(10));
@@ -541,7 +552,12 @@ void MockConsole::start() {
     sigaddset(&pipe, SIGPIPE);
     pthread_sigmask(SIG_BLOCK, &pipe, nullptr);
     s.server.listen_after_bind();
+    s.listenerEnded = true;
   });
+  // A stop before the accept loop runs would go unnoticed by the library
+  // and leave the loop running for ever.
+  while (!s.server.is_running() && !s.listenerEnded)
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
 }
 
 void MockConsole::stop() {

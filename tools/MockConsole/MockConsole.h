@@ -66,8 +66,8 @@ struct LoggedRequest {
   std::string method;
   /// The request target exactly as sent: path and query, still escaped.
   std::string target;
-  /// The header fields as received (HTTP/1.1 gives no order: sorted by
-  /// name).
+  /// The header fields as received, sorted by name; the server library
+  /// leaves out fields with an empty value.
   Headers headers;
   /// Bytes of body received.
   std::uint64_t bodyLength = 0;
@@ -77,6 +77,8 @@ struct LoggedRequest {
   std::string body;
   /// The status answered; 0 when the connection was dropped instead.
   int status = 0;
+  /// The client's port: requests on different connections differ here.
+  int clientPort = 0;
 
   /// The value of the field \p name, whose case doesn't matter.
   [[nodiscard]] std::optional<std::string>

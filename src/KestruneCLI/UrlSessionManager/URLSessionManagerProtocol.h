@@ -16,8 +16,8 @@ class UrlSessionUtilProtocol;
 
 /// Completion of the operations that yield a number: exactly one of the
 /// number and the error is present, except where a caller's table says not.
-using NumberCompletion = std::function<void(std::optional<std::int64_t>,
-                                            std::optional<CliError>)>;
+using NumberCompletion =
+    std::function<void(std::optional<std::int64_t>, std::optional<CliError>)>;
 /// Completion of the application creation: the error, absent on success.
 using ErrorCompletion = std::function<void(std::optional<CliError>)>;
 

@@ -91,4 +91,12 @@ ConfigModel ConfigController::getCreds() const {
   return model;
 }
 
+void ConfigController::signIn(const ConfigModel &) {}
+
+void ConfigController::signOut() {}
+
+bool ConfigController::listInfo() { return false; }
+
+void ConfigController::editGroupId(const std::string &) {}
+
 } // namespace kestrune

@@ -7,6 +7,7 @@
 #include "SecureStore/Keychain.h"
 
 #include <optional>
+#include <string>
 #include <string_view>
 
 namespace kestrune {
@@ -33,6 +34,25 @@ public:
   /// that fails reads as a missing item. A groupIdNum that is not a decimal
   /// signed 64-bit integer gives a record without the number.
   ConfigModel getCreds() const;
+
+  /// Proves the credentials of config against the console with a live lookup
+  /// of its group, then keeps the record and writes it to the keychain. Ends
+  /// the process with code 20 when an account is already signed in, and with
+  /// the lookup's code when the console refuses. config has no group number.
+  void signIn(const ConfigModel &config);
+
+  /// Removes the six keychain items and forgets the record. Ends the process
+  /// with code 17 when nobody is signed in and with 21 when a removal fails.
+  void signOut();
+
+  /// Prints the stored account without its password and API key. Returns
+  /// false, after ending the process with the read's code, when the account
+  /// can't be read.
+  bool listInfo();
+
+  /// Looks up newVal on the console with the stored credentials and, when the
+  /// console knows it, stores it with its number as the account's group.
+  void editGroupId(const std::string &newVal);
 
 private:
   /// Writes configModel as six items (username, password, apiKey, hostname,

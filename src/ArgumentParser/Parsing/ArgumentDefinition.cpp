@@ -18,30 +18,49 @@ std::string ArgumentDefinition::valueName() const {
   return "value";
 }
 
+namespace {
+
+// "<name>", appended piece by piece: GCC 12 misreads the concatenation of a
+// literal and a temporary at -O2 as an overlapping copy.
+std::string placeholder(const std::string &valueName) {
+  std::string text;
+  text.reserve(valueName.size() + 2);
+  text.push_back('<');
+  text.append(valueName);
+  text.push_back('>');
+  return text;
+}
+
+} // namespace
+
 std::optional<std::string> ArgumentDefinition::synopsisForHelp() const {
   if (help.isHidden())
     return std::nullopt;
   if (isPositional())
-    return "<" + valueName() + ">";
+    return placeholder(valueName());
   std::string label;
   for (const Name &name : sortedNames()) {
     if (!label.empty())
       label += ", ";
     label += name.synopsisString();
   }
-  if (!isNullary())
-    label += " <" + valueName() + ">";
+  if (!isNullary()) {
+    label += ' ';
+    label += placeholder(valueName());
+  }
   return label;
 }
 
 std::optional<std::string> ArgumentDefinition::unadornedSynopsis() const {
   if (isPositional())
-    return "<" + valueName() + ">";
+    return placeholder(valueName());
   if (names.empty())
     return std::nullopt;
   std::string text = sortedNames().back().synopsisString();
-  if (!isNullary())
-    text += " <" + valueName() + ">";
+  if (!isNullary()) {
+    text += ' ';
+    text += placeholder(valueName());
+  }
   return text;
 }
 

@@ -281,9 +281,9 @@ void UrlSessionManager::doUploadBlob(
     return;
   }
   platform::printLine("\n");
-  spinner::Spinner spinner(spinner::Pattern::line(),
-                           std::string(traits.spinnerText));
-  spinner.start();
+  std::optional<spinner::Spinner> spinner;
+  spinner.emplace(spinner::Pattern::line(), std::string(traits.spinnerText));
+  spinner->start();
 
   std::string urlText =
       config.hostname + "/api/mam/blobs/uploadblob?filename=" + binaryName +
@@ -309,7 +309,9 @@ void UrlSessionManager::doUploadBlob(
         readBlobAnswer(*cells, data, response, error);
       });
   if (cells->result) {
-    spinner.stopAndClear();
+    spinner->stopAndClear();
+    // Gone before the line is printed: a spinner writes as it goes away.
+    spinner.reset();
     platform::printLine("\n✅ " + std::string(traits.name) +
                         " file successfully uploaded. \n");
   }

@@ -126,7 +126,8 @@ OSStatus replaceFile(const std::filesystem::path &storePath,
     return fail(errno);
   // Make the rename itself durable. Some file systems refuse to sync a
   // directory; the new store is in place all the same.
-  Descriptor parent(::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  Descriptor parent(
+      ::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (parent.isOpen())
     ::fsync(parent.get());
   return 0;

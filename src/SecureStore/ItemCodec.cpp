@@ -36,8 +36,8 @@ std::optional<Bytes> decodeBase64(std::string_view text) {
         return std::nullopt;
       sextets[j] = static_cast<std::uint32_t>(index);
     }
-    std::uint32_t word = sextets[0] << 18 | sextets[1] << 12 |
-                         sextets[2] << 6 | sextets[3];
+    std::uint32_t word =
+        sextets[0] << 18 | sextets[1] << 12 | sextets[2] << 6 | sextets[3];
     bytes.push_back(static_cast<std::uint8_t>(word >> 16));
     if (padding < 2)
       bytes.push_back(static_cast<std::uint8_t>(word >> 8 & 0xFF));

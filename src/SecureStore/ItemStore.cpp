@@ -40,8 +40,7 @@ ItemStore &automaticStore() {
     std::unique_ptr<ItemStore> secretService = openSecretServiceItemStore();
     if (secretService)
       return secretService.release();
-    return static_cast<ItemStore *>(
-        new FileItemStore(defaultFileStorePath()));
+    return static_cast<ItemStore *>(new FileItemStore(defaultFileStorePath()));
   }();
   return *store;
 }

@@ -74,7 +74,8 @@ ItemStore &defaultItemStore();
 void setDefaultItemStore(ItemStore *store);
 
 /// The file store's place: $XDG_DATA_HOME/kestrune-cli/keychain when
-/// XDG_DATA_HOME is an absolute path, else ~/.local/share/kestrune-cli/keychain.
+/// XDG_DATA_HOME is an absolute path, else
+/// ~/.local/share/kestrune-cli/keychain.
 std::filesystem::path defaultFileStorePath();
 
 } // namespace securestore

@@ -15,10 +15,16 @@ constexpr std::array<std::string_view, 5> genericPrimaryKey = {
     kSecClass, kSecAttrService, kSecAttrAccount, kSecAttrAccessGroup,
     kSecAttrSynchronizable};
 constexpr std::array<std::string_view, 10> internetPrimaryKey = {
-    kSecClass,           kSecAttrServer,   kSecAttrPort,
-    kSecAttrProtocol,    kSecAttrAuthenticationType,
-    kSecAttrAccount,     kSecAttrPath,     kSecAttrSecurityDomain,
-    kSecAttrAccessGroup, kSecAttrSynchronizable};
+    kSecClass,
+    kSecAttrServer,
+    kSecAttrPort,
+    kSecAttrProtocol,
+    kSecAttrAuthenticationType,
+    kSecAttrAccount,
+    kSecAttrPath,
+    kSecAttrSecurityDomain,
+    kSecAttrAccessGroup,
+    kSecAttrSynchronizable};
 
 bool isAttributeKey(std::string_view key) {
   return key.starts_with("kSecAttr");
@@ -87,7 +93,8 @@ OSStatus checkQuery(const Dictionary &query, QueryUse use) {
       continue;
     if (key == kSecMatchLimit) {
       const std::string *limit = std::get_if<std::string>(&value);
-      if (!limit || (*limit != kSecMatchLimitOne && *limit != kSecMatchLimitAll))
+      if (!limit ||
+          (*limit != kSecMatchLimitOne && *limit != kSecMatchLimitAll))
         return Status(Status::Case::param).rawValue();
       continue;
     }
@@ -198,7 +205,8 @@ void writeAttribute(Dictionary &item, const std::string &key,
 
 } // namespace
 
-const std::string *findText(const Dictionary &dictionary, std::string_view key) {
+const std::string *findText(const Dictionary &dictionary,
+                            std::string_view key) {
   auto found = dictionary.find(key);
   if (found == dictionary.end())
     return nullptr;
@@ -346,8 +354,9 @@ std::string makeItemId() {
   return id;
 }
 
-AccessControlResult makeAccessControlWithoutPolicy(const std::string &protection,
-                                                   std::uint64_t flags) {
+AccessControlResult
+makeAccessControlWithoutPolicy(const std::string &protection,
+                               std::uint64_t flags) {
   if (!fromRawValue<Accessibility>(protection))
     return {std::nullopt,
             PlatformError("NSOSStatusErrorDomain",

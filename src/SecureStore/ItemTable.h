@@ -44,8 +44,9 @@ std::string makeItemId();
 
 /// The access control answer of stores that cannot enforce authentication:
 /// an object for an empty policy, otherwise an error saying so.
-AccessControlResult makeAccessControlWithoutPolicy(const std::string &protection,
-                                                   std::uint64_t flags);
+AccessControlResult
+makeAccessControlWithoutPolicy(const std::string &protection,
+                               std::uint64_t flags);
 
 /// The text value under \p key, if it is a text.
 const std::string *findText(const Dictionary &dictionary, std::string_view key);

@@ -75,14 +75,14 @@ AttributesResult makeAttributes(const Options &options, ItemStore &store,
   if (!options.authenticationPolicy) {
     attributes[kSecAttrAccessible] = text(rawValue(options.accessibility));
   } else {
-    AccessControlResult control = store.createAccessControl(
-        std::string(rawValue(options.accessibility)),
-        options.authenticationPolicy->rawValue);
+    AccessControlResult control =
+        store.createAccessControl(std::string(rawValue(options.accessibility)),
+                                  options.authenticationPolicy->rawValue);
     if (!control.accessControl) {
-      made.error = control.error
-                       ? std::make_exception_ptr(*control.error)
-                       : std::make_exception_ptr(
-                             Status(Status::Case::unexpectedError));
+      made.error =
+          control.error
+              ? std::make_exception_ptr(*control.error)
+              : std::make_exception_ptr(Status(Status::Case::unexpectedError));
       return made;
     }
     attributes[kSecAttrAccessControl] = *control.accessControl;
@@ -126,7 +126,9 @@ bool isStatus(OSStatus status, Status::Case errorCase) {
 
 Keychain::Keychain() = default;
 
-Keychain::Keychain(std::string service) { options.service = std::move(service); }
+Keychain::Keychain(std::string service) {
+  options.service = std::move(service);
+}
 
 Keychain::Keychain(std::string service, std::string accessGroup) {
   options.service = std::move(service);
@@ -304,8 +306,8 @@ void Keychain::set(const Bytes &value, const std::string &key,
   Dictionary lookUp = makeQuery(options, ignoringAttributeSynchronizable);
   lookUp[kSecAttrAccount] = key;
   lookUp[kSecReturnData] = true;
-  lookUp[kSecUseAuthenticationUI] = text(rawValue(
-      options.authenticationUI.value_or(AuthenticationUI::fail)));
+  lookUp[kSecUseAuthenticationUI] =
+      text(rawValue(options.authenticationUI.value_or(AuthenticationUI::fail)));
 
   OSStatus status = itemStore.copyMatching(lookUp, nullptr);
   if (status == 0 || isStatus(status, Status::Case::interactionNotAllowed)) {
@@ -353,8 +355,8 @@ bool Keychain::contains(const std::string &key,
   Dictionary query = makeQuery(options, true);
   query[kSecAttrAccount] = key;
   if (withoutAuthenticationUI)
-    query[kSecUseAuthenticationUI] = text(rawValue(
-        options.authenticationUI.value_or(AuthenticationUI::fail)));
+    query[kSecUseAuthenticationUI] = text(
+        rawValue(options.authenticationUI.value_or(AuthenticationUI::fail)));
   else if (options.authenticationUI)
     query[kSecUseAuthenticationUI] = text(rawValue(*options.authenticationUI));
 

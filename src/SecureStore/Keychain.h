@@ -40,16 +40,16 @@ public:
   /// As Keychain(), in \p accessGroup.
   [[nodiscard]] static Keychain withAccessGroup(std::string accessGroup);
   /// Internet passwords of \p server.
-  Keychain(ServerUrl server, ProtocolType protocolType,
-           std::optional<std::string> accessGroup = std::nullopt,
-           AuthenticationType authenticationType =
-               AuthenticationType::defaultType);
+  Keychain(
+      ServerUrl server, ProtocolType protocolType,
+      std::optional<std::string> accessGroup = std::nullopt,
+      AuthenticationType authenticationType = AuthenticationType::defaultType);
   /// Internet passwords of the URL \p server. Throws std::invalid_argument
   /// when the text is no URL.
-  Keychain(std::string_view server, ProtocolType protocolType,
-           std::optional<std::string> accessGroup = std::nullopt,
-           AuthenticationType authenticationType =
-               AuthenticationType::defaultType);
+  Keychain(
+      std::string_view server, ProtocolType protocolType,
+      std::optional<std::string> accessGroup = std::nullopt,
+      AuthenticationType authenticationType = AuthenticationType::defaultType);
 
   /// A copy that uses \p store instead of the process-wide default. The
   /// store must outlive the copy and everything copied from it.
@@ -115,7 +115,8 @@ public:
   /// not UTF-8 print "failed to convert data to string" and throw
   /// conversionError.
   [[nodiscard]] std::optional<std::string>
-  get(const std::string &key, bool ignoringAttributeSynchronizable = true) const;
+  get(const std::string &key,
+      bool ignoringAttributeSynchronizable = true) const;
   /// The same as get.
   [[nodiscard]] std::optional<std::string>
   getString(const std::string &key,

@@ -110,8 +110,8 @@ std::optional<E> findRaw(const std::array<Entry<E>, N> &entries,
   return std::nullopt;
 }
 
-template <typename T> std::optional<T> lookUp(const Dictionary &map,
-                                              std::string_view key) {
+template <typename T>
+std::optional<T> lookUp(const Dictionary &map, std::string_view key) {
   auto found = map.find(key);
   if (found == map.end())
     return std::nullopt;
@@ -166,8 +166,7 @@ template <> std::optional<ItemClass> fromRawValue(std::string_view raw) {
 template <> std::optional<Accessibility> fromRawValue(std::string_view raw) {
   return findRaw(accessibilities, raw);
 }
-template <>
-std::optional<AuthenticationUI> fromRawValue(std::string_view raw) {
+template <> std::optional<AuthenticationUI> fromRawValue(std::string_view raw) {
   return findRaw(authenticationUIs, raw);
 }
 template <>

@@ -151,18 +151,18 @@ struct AuthenticationPolicy {
 inline constexpr AuthenticationPolicy AuthenticationPolicy::userPresence{1};
 inline constexpr AuthenticationPolicy AuthenticationPolicy::biometryAny{2};
 inline constexpr AuthenticationPolicy AuthenticationPolicy::touchIDAny{2};
-inline constexpr AuthenticationPolicy
-    AuthenticationPolicy::biometryCurrentSet{8};
-inline constexpr AuthenticationPolicy
-    AuthenticationPolicy::touchIDCurrentSet{8};
+inline constexpr AuthenticationPolicy AuthenticationPolicy::biometryCurrentSet{
+    8};
+inline constexpr AuthenticationPolicy AuthenticationPolicy::touchIDCurrentSet{
+    8};
 inline constexpr AuthenticationPolicy AuthenticationPolicy::devicePasscode{16};
 inline constexpr AuthenticationPolicy AuthenticationPolicy::watch{32};
 inline constexpr AuthenticationPolicy AuthenticationPolicy::orPolicy{0x4000};
 inline constexpr AuthenticationPolicy AuthenticationPolicy::andPolicy{0x8000};
-inline constexpr AuthenticationPolicy
-    AuthenticationPolicy::privateKeyUsage{0x40000000};
-inline constexpr AuthenticationPolicy
-    AuthenticationPolicy::applicationPassword{0x80000000};
+inline constexpr AuthenticationPolicy AuthenticationPolicy::privateKeyUsage{
+    0x40000000};
+inline constexpr AuthenticationPolicy AuthenticationPolicy::applicationPassword{
+    0x80000000};
 
 /// A parsed URL of an internet-password server: its text, host and port.
 class ServerUrl {

@@ -20,7 +20,8 @@ inline constexpr char kSecAttrService[] = "kSecAttrService";
 inline constexpr char kSecAttrServer[] = "kSecAttrServer";
 inline constexpr char kSecAttrPort[] = "kSecAttrPort";
 inline constexpr char kSecAttrProtocol[] = "kSecAttrProtocol";
-inline constexpr char kSecAttrAuthenticationType[] = "kSecAttrAuthenticationType";
+inline constexpr char kSecAttrAuthenticationType[] =
+    "kSecAttrAuthenticationType";
 inline constexpr char kSecAttrAccount[] = "kSecAttrAccount";
 inline constexpr char kSecAttrLabel[] = "kSecAttrLabel";
 inline constexpr char kSecAttrComment[] = "kSecAttrComment";
@@ -55,34 +56,53 @@ inline constexpr char kSecReturnPersistentRef[] = "kSecReturnPersistentRef";
 
 // Use keys and the authentication UI values.
 inline constexpr char kSecUseOperationPrompt[] = "kSecUseOperationPrompt";
-inline constexpr char kSecUseAuthenticationContext[] = "kSecUseAuthenticationContext";
+inline constexpr char kSecUseAuthenticationContext[] =
+    "kSecUseAuthenticationContext";
 inline constexpr char kSecUseAuthenticationUI[] = "kSecUseAuthenticationUI";
-inline constexpr char kSecUseAuthenticationUIAllow[] = "kSecUseAuthenticationUIAllow";
-inline constexpr char kSecUseAuthenticationUIFail[] = "kSecUseAuthenticationUIFail";
-inline constexpr char kSecUseAuthenticationUISkip[] = "kSecUseAuthenticationUISkip";
+inline constexpr char kSecUseAuthenticationUIAllow[] =
+    "kSecUseAuthenticationUIAllow";
+inline constexpr char kSecUseAuthenticationUIFail[] =
+    "kSecUseAuthenticationUIFail";
+inline constexpr char kSecUseAuthenticationUISkip[] =
+    "kSecUseAuthenticationUISkip";
 
 // Accessibility values.
-inline constexpr char kSecAttrAccessibleWhenUnlocked[] = "kSecAttrAccessibleWhenUnlocked";
-inline constexpr char kSecAttrAccessibleAfterFirstUnlock[] = "kSecAttrAccessibleAfterFirstUnlock";
+inline constexpr char kSecAttrAccessibleWhenUnlocked[] =
+    "kSecAttrAccessibleWhenUnlocked";
+inline constexpr char kSecAttrAccessibleAfterFirstUnlock[] =
+    "kSecAttrAccessibleAfterFirstUnlock";
 inline constexpr char kSecAttrAccessibleAlways[] = "kSecAttrAccessibleAlways";
-inline constexpr char kSecAttrAccessibleWhenPasscodeSetThisDeviceOnly[] = "kSecAttrAccessibleWhenPasscodeSetThisDeviceOnly";
-inline constexpr char kSecAttrAccessibleWhenUnlockedThisDeviceOnly[] = "kSecAttrAccessibleWhenUnlockedThisDeviceOnly";
-inline constexpr char kSecAttrAccessibleAfterFirstUnlockThisDeviceOnly[] = "kSecAttrAccessibleAfterFirstUnlockThisDeviceOnly";
-inline constexpr char kSecAttrAccessibleAlwaysThisDeviceOnly[] = "kSecAttrAccessibleAlwaysThisDeviceOnly";
+inline constexpr char kSecAttrAccessibleWhenPasscodeSetThisDeviceOnly[] =
+    "kSecAttrAccessibleWhenPasscodeSetThisDeviceOnly";
+inline constexpr char kSecAttrAccessibleWhenUnlockedThisDeviceOnly[] =
+    "kSecAttrAccessibleWhenUnlockedThisDeviceOnly";
+inline constexpr char kSecAttrAccessibleAfterFirstUnlockThisDeviceOnly[] =
+    "kSecAttrAccessibleAfterFirstUnlockThisDeviceOnly";
+inline constexpr char kSecAttrAccessibleAlwaysThisDeviceOnly[] =
+    "kSecAttrAccessibleAlwaysThisDeviceOnly";
 
 // Authentication type values.
-inline constexpr char kSecAttrAuthenticationTypeNTLM[] = "kSecAttrAuthenticationTypeNTLM";
-inline constexpr char kSecAttrAuthenticationTypeMSN[] = "kSecAttrAuthenticationTypeMSN";
-inline constexpr char kSecAttrAuthenticationTypeDPA[] = "kSecAttrAuthenticationTypeDPA";
-inline constexpr char kSecAttrAuthenticationTypeRPA[] = "kSecAttrAuthenticationTypeRPA";
-inline constexpr char kSecAttrAuthenticationTypeHTTPBasic[] = "kSecAttrAuthenticationTypeHTTPBasic";
-inline constexpr char kSecAttrAuthenticationTypeHTTPDigest[] = "kSecAttrAuthenticationTypeHTTPDigest";
-inline constexpr char kSecAttrAuthenticationTypeHTMLForm[] = "kSecAttrAuthenticationTypeHTMLForm";
-inline constexpr char kSecAttrAuthenticationTypeDefault[] = "kSecAttrAuthenticationTypeDefault";
+inline constexpr char kSecAttrAuthenticationTypeNTLM[] =
+    "kSecAttrAuthenticationTypeNTLM";
+inline constexpr char kSecAttrAuthenticationTypeMSN[] =
+    "kSecAttrAuthenticationTypeMSN";
+inline constexpr char kSecAttrAuthenticationTypeDPA[] =
+    "kSecAttrAuthenticationTypeDPA";
+inline constexpr char kSecAttrAuthenticationTypeRPA[] =
+    "kSecAttrAuthenticationTypeRPA";
+inline constexpr char kSecAttrAuthenticationTypeHTTPBasic[] =
+    "kSecAttrAuthenticationTypeHTTPBasic";
+inline constexpr char kSecAttrAuthenticationTypeHTTPDigest[] =
+    "kSecAttrAuthenticationTypeHTTPDigest";
+inline constexpr char kSecAttrAuthenticationTypeHTMLForm[] =
+    "kSecAttrAuthenticationTypeHTMLForm";
+inline constexpr char kSecAttrAuthenticationTypeDefault[] =
+    "kSecAttrAuthenticationTypeDefault";
 
 // Protocol values.
 inline constexpr char kSecAttrProtocolFTP[] = "kSecAttrProtocolFTP";
-inline constexpr char kSecAttrProtocolFTPAccount[] = "kSecAttrProtocolFTPAccount";
+inline constexpr char kSecAttrProtocolFTPAccount[] =
+    "kSecAttrProtocolFTPAccount";
 inline constexpr char kSecAttrProtocolHTTP[] = "kSecAttrProtocolHTTP";
 inline constexpr char kSecAttrProtocolIRC[] = "kSecAttrProtocolIRC";
 inline constexpr char kSecAttrProtocolNNTP[] = "kSecAttrProtocolNNTP";
@@ -98,7 +118,8 @@ inline constexpr char kSecAttrProtocolSSH[] = "kSecAttrProtocolSSH";
 inline constexpr char kSecAttrProtocolFTPS[] = "kSecAttrProtocolFTPS";
 inline constexpr char kSecAttrProtocolHTTPS[] = "kSecAttrProtocolHTTPS";
 inline constexpr char kSecAttrProtocolHTTPProxy[] = "kSecAttrProtocolHTTPProxy";
-inline constexpr char kSecAttrProtocolHTTPSProxy[] = "kSecAttrProtocolHTTPSProxy";
+inline constexpr char kSecAttrProtocolHTTPSProxy[] =
+    "kSecAttrProtocolHTTPSProxy";
 inline constexpr char kSecAttrProtocolFTPProxy[] = "kSecAttrProtocolFTPProxy";
 inline constexpr char kSecAttrProtocolSMB[] = "kSecAttrProtocolSMB";
 inline constexpr char kSecAttrProtocolRTSP[] = "kSecAttrProtocolRTSP";

@@ -149,9 +149,9 @@ ValuePtr secretOf(const StoredItem &item) {
       data != item.attributes.end())
     if (const Bytes *value = std::get_if<Bytes>(&data->second))
       bytes = *value;
-  return ValuePtr(secret_value_new(reinterpret_cast<const gchar *>(bytes.data()),
-                                   static_cast<gssize>(bytes.size()),
-                                   "application/octet-stream"));
+  return ValuePtr(secret_value_new(
+      reinterpret_cast<const gchar *>(bytes.data()),
+      static_cast<gssize>(bytes.size()), "application/octet-stream"));
 }
 
 class SecretServiceItemStore final : public ItemStore {
@@ -192,10 +192,10 @@ public:
     HashTablePtr properties(g_hash_table_new_full(
         g_str_hash, g_str_equal, nullptr,
         reinterpret_cast<GDestroyNotify>(g_variant_unref)));
-    g_hash_table_insert(properties.get(),
-                        const_cast<gchar *>("org.freedesktop.Secret.Item.Label"),
-                        g_variant_ref_sink(
-                            g_variant_new_string(itemLabel(item).c_str())));
+    g_hash_table_insert(
+        properties.get(),
+        const_cast<gchar *>("org.freedesktop.Secret.Item.Label"),
+        g_variant_ref_sink(g_variant_new_string(itemLabel(item).c_str())));
     g_hash_table_insert(
         properties.get(),
         const_cast<gchar *>("org.freedesktop.Secret.Item.Attributes"),
@@ -329,8 +329,8 @@ private:
     gchar **rawLocked = nullptr;
     GError *rawError = nullptr;
     gboolean found = secret_service_search_for_dbus_paths_sync(
-        service.get(), nullptr, search.get(), nullptr, &rawUnlocked,
-        &rawLocked, &rawError);
+        service.get(), nullptr, search.get(), nullptr, &rawUnlocked, &rawLocked,
+        &rawError);
     StrvPtr unlocked(rawUnlocked);
     StrvPtr locked(rawLocked);
     ErrorPtr error(rawError);
@@ -386,17 +386,18 @@ private:
   GObjectPtr<SecretService> service;
 };
 
-std::optional<std::string> sessionBusAddress() {
+// The session bus is there when its address is known, or when the usual
+// socket exists. Asking GLib without either would try to launch a bus.
+bool hasSessionBus() {
   if (const char *address = std::getenv("DBUS_SESSION_BUS_ADDRESS");
       address && *address)
-    return std::string(address);
-  if (const char *runtime = std::getenv("XDG_RUNTIME_DIR"); runtime && *runtime) {
-    std::filesystem::path socket = std::filesystem::path(runtime) / "bus";
-    std::error_code ignored;
-    if (std::filesystem::is_socket(socket, ignored))
-      return "unix:path=" + socket.string();
-  }
-  return std::nullopt;
+    return true;
+  const char *runtime = std::getenv("XDG_RUNTIME_DIR");
+  if (!runtime || !*runtime)
+    return false;
+  std::error_code ignored;
+  return std::filesystem::is_socket(std::filesystem::path(runtime) / "bus",
+                                    ignored);
 }
 
 std::unique_ptr<ItemStore> fail(std::string *reason, std::string why) {
@@ -408,26 +409,16 @@ std::unique_ptr<ItemStore> fail(std::string *reason, std::string why) {
 } // namespace
 
 std::unique_ptr<ItemStore> openSecretServiceItemStore(std::string *reason) {
-  std::optional<std::string> address = sessionBusAddress();
-  if (!address)
+  if (!hasSessionBus())
     return fail(reason, "no D-Bus session bus");
-  return openSecretServiceItemStore(*address, reason);
-}
-
-std::unique_ptr<ItemStore>
-openSecretServiceItemStore(const std::string &busAddress, std::string *reason) {
   GError *rawError = nullptr;
   GObjectPtr<GDBusConnection> connection(
-      g_dbus_connection_new_for_address_sync(
-          busAddress.c_str(),
-          static_cast<GDBusConnectionFlags>(
-              G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
-              G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION),
-          nullptr, nullptr, &rawError));
+      g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, &rawError));
   ErrorPtr error(rawError);
   if (!connection)
-    return fail(reason, std::string("cannot reach the session bus: ") +
-                            error->message);
+    return fail(reason,
+                std::string("cannot reach the session bus: ") + error->message);
+  // A bus that goes away must end our calls, not the process.
   g_dbus_connection_set_exit_on_close(connection.get(), FALSE);
 
   // Only a service that already runs counts: starting one by activation
@@ -456,13 +447,12 @@ openSecretServiceItemStore(const std::string &busAddress, std::string *reason) {
   if (std::string_view(collection) == "/")
     return fail(reason, "the Secret Service has no default collection");
 
+  // A service of our own rather than libsecret's shared one, so that its
+  // session and proxies live exactly as long as this store.
   rawError = nullptr;
-  GObjectPtr<SecretService> service(static_cast<SecretService *>(
-      g_initable_new(SECRET_TYPE_SERVICE, nullptr, &rawError, "g-flags",
-                     G_DBUS_PROXY_FLAGS_DO_NOT_AUTO_START, "g-name", busName,
-                     "g-connection", connection.get(), "g-object-path",
-                     servicePath, "g-interface-name", serviceInterface,
-                     "flags", SECRET_SERVICE_OPEN_SESSION, nullptr)));
+  GObjectPtr<SecretService> service(secret_service_open_sync(
+      SECRET_TYPE_SERVICE, nullptr, SECRET_SERVICE_OPEN_SESSION, nullptr,
+      &rawError));
   error.reset(rawError);
   if (!service)
     return fail(reason, std::string("cannot open the Secret Service: ") +

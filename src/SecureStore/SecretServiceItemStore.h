@@ -8,8 +8,9 @@
 
 namespace securestore {
 
-/// Opens the Secret Service (libsecret) on the D-Bus session bus: the bus of
-/// DBUS_SESSION_BUS_ADDRESS, else $XDG_RUNTIME_DIR/bus. Gives nullptr, with
+/// Opens the Secret Service (libsecret) on the process's D-Bus session bus:
+/// the bus of DBUS_SESSION_BUS_ADDRESS, else $XDG_RUNTIME_DIR/bus (GLib keeps
+/// one session connection per process). Gives nullptr, with
 /// the reason in \p reason when given, if no bus is reachable, no Secret
 /// Service runs on it (none is started), it has no default collection, or
 /// the program was built without libsecret.
@@ -20,12 +21,8 @@ namespace securestore {
 /// interactionNotAllowed while the default collection is locked (nothing
 /// ever prompts), noDefaultKeychain when it is gone, and notAvailable when
 /// the service has vanished.
-std::unique_ptr<ItemStore> openSecretServiceItemStore(std::string *reason = nullptr);
-
-/// The same on the bus at \p busAddress, e.g. "unix:path=/run/user/0/bus".
 std::unique_ptr<ItemStore>
-openSecretServiceItemStore(const std::string &busAddress,
-                           std::string *reason = nullptr);
+openSecretServiceItemStore(std::string *reason = nullptr);
 
 } // namespace securestore
 

@@ -11,9 +11,4 @@ std::unique_ptr<ItemStore> openSecretServiceItemStore(std::string *reason) {
   return nullptr;
 }
 
-std::unique_ptr<ItemStore> openSecretServiceItemStore(const std::string &,
-                                                      std::string *reason) {
-  return openSecretServiceItemStore(reason);
-}
-
 } // namespace securestore

@@ -15,7 +15,7 @@ constexpr std::array<Status::Case, Status::caseCount> everyCase = {
 // The message as a C string, so that what() can hand it out as it is.
 const char *messageOf(Status::Case errorCase) noexcept {
   switch (errorCase) {
-#define SECURESTORE_STATUS_CASE(name, raw, message)                           \
+#define SECURESTORE_STATUS_CASE(name, raw, message)                            \
   case Status::Case::name:                                                     \
     return message;
     SECURESTORE_STATUS_CASES(SECURESTORE_STATUS_CASE)
@@ -33,11 +33,12 @@ static_assert(0 SECURESTORE_STATUS_CASES(SECURESTORE_STATUS_COUNT) ==
 } // namespace
 
 Status::Status(OSStatus status) noexcept
-    : errorCase(fromRawValue(status).value_or(Case::unexpectedError).errorCase) {}
+    : errorCase(
+          fromRawValue(status).value_or(Case::unexpectedError).errorCase) {}
 
 std::optional<Status> Status::fromRawValue(OSStatus rawValue) {
   switch (rawValue) {
-#define SECURESTORE_STATUS_CASE(name, raw, message)                           \
+#define SECURESTORE_STATUS_CASE(name, raw, message)                            \
   case raw:                                                                    \
     return Status(Case::name);
     SECURESTORE_STATUS_CASES(SECURESTORE_STATUS_CASE)
@@ -55,7 +56,7 @@ std::string_view Status::description() const noexcept {
 
 std::string_view Status::caseName() const noexcept {
   switch (errorCase) {
-#define SECURESTORE_STATUS_CASE(name, raw, message)                           \
+#define SECURESTORE_STATUS_CASE(name, raw, message)                            \
   case Case::name:                                                             \
     return #name;
     SECURESTORE_STATUS_CASES(SECURESTORE_STATUS_CASE)

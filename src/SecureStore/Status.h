@@ -53,7 +53,9 @@ public:
 
   Case getCase() const noexcept { return errorCase; }
   /// The case's status number.
-  OSStatus rawValue() const noexcept { return static_cast<OSStatus>(errorCase); }
+  OSStatus rawValue() const noexcept {
+    return static_cast<OSStatus>(errorCase);
+  }
   /// The same number as a machine-word integer.
   std::int64_t errorCode() const noexcept { return rawValue(); }
   /// The case's message; empty for internalComponent.

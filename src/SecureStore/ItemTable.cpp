@@ -45,6 +45,8 @@ bool isSynchronizable(const Dictionary &item) {
   return flag && *flag;
 }
 
+} // namespace
+
 // Every text of a dictionary, keys included, must be UTF-8: no store can
 // keep anything else faithfully.
 bool hasOnlyUtf8(const Dictionary &dictionary) {
@@ -60,6 +62,8 @@ bool hasOnlyUtf8(const Dictionary &dictionary) {
   }
   return true;
 }
+
+namespace {
 
 OSStatus checkClass(const Dictionary &dictionary) {
   const std::string *itemClass = findText(dictionary, kSecClass);

@@ -48,6 +48,9 @@ AccessControlResult
 makeAccessControlWithoutPolicy(const std::string &protection,
                                std::uint64_t flags);
 
+/// Whether every text of \p dictionary, keys included, is UTF-8.
+bool hasOnlyUtf8(const Dictionary &dictionary);
+
 /// The text value under \p key, if it is a text.
 const std::string *findText(const Dictionary &dictionary, std::string_view key);
 

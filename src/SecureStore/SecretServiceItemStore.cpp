@@ -216,6 +216,8 @@ public:
   OSStatus updateItems(const Dictionary &query,
                        const Dictionary &attributesToUpdate) override {
     std::lock_guard lock(mutex);
+    if (!hasOnlyUtf8(attributesToUpdate))
+      return statusOf(Status::Case::param);
     Loaded loaded;
     if (OSStatus status = load(query, loaded))
       return status;
@@ -320,6 +322,9 @@ private:
   // Reads the items that may match \p dictionary: those of this store with
   // the same class, service or server and account.
   OSStatus load(const Dictionary &dictionary, Loaded &loaded) {
+    // D-Bus carries UTF-8 only; anything else is refused before it is sent.
+    if (!hasOnlyUtf8(dictionary))
+      return statusOf(Status::Case::param);
     if (OSStatus status = openDefaultCollection(loaded.collection))
       return status;
     HashTablePtr search = newStringTable();

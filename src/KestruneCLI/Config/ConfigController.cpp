@@ -1,9 +1,15 @@
 #include "KestruneCLI/Config/ConfigController.h"
 
 #include "KestruneCLI/Helpers/CliError.h"
+#include "KestruneCLI/Helpers/DarwinWrapper.h"
+#include "KestruneCLI/UrlSessionManager/UrlSessionUtil.h"
 #include "Platform/StandardOutput.h"
+#include "Spinner/Pattern.h"
+#include "Spinner/Spinner.h"
 
 #include <charconv>
+#include <exception>
+#include <memory>
 
 namespace kestrune {
 
@@ -14,6 +20,27 @@ constexpr std::string_view savedMessage =
     "keychain.\n";
 constexpr std::string_view saveFailedMessage =
     "❗️Error: Unable to save user info in macOS Keychain: ";
+constexpr std::string_view verifyingText = "Verifying credentials ...";
+constexpr std::string_view signedInMessage =
+    "\n💡-------------------------------------------💡\n"
+    "\tYou have signed in successfully.\n";
+constexpr std::string_view signedOutMessage =
+    "\n🔐-------------------------------------------🔗\n"
+    "\tYou have signed out successfully.\n";
+constexpr std::string_view listInfoFailedMessage =
+    "❗️Error: Unexpected error during list info";
+constexpr std::string_view readCredsFailedMessage =
+    "❗️Error: Unexpected error while getting info from the keychain";
+constexpr std::string_view groupSearchPath =
+    "/api/system/groups/search?groupID=";
+
+// The items of the account, in the order sign-out removes them.
+constexpr const char *accountKeys[] = {"username", "password", "apiKey",
+                                       "hostname", "groupId",  "groupIdNum"};
+
+std::string makeGroupApiStr(const std::string &hostname) {
+  return hostname + std::string(groupSearchPath);
+}
 
 // A signed decimal integer: an optional sign, then digits only, within 64
 // bits. Anything else, the empty text included, is no number.
@@ -91,12 +118,122 @@ ConfigModel ConfigController::getCreds() const {
   return model;
 }
 
-void ConfigController::signIn(const ConfigModel &) {}
+void ConfigController::signIn(const ConfigModel &config) {
+  auto spinner = std::make_unique<spinner::Spinner>(spinner::Pattern::line(),
+                                                    std::string(verifyingText));
+  spinner->start();
 
-void ConfigController::signOut() {}
+  // One account at a time: a stored username means signed in, and a store
+  // that can't be read counts as nobody signed in.
+  std::optional<std::string> storedUsername;
+  try {
+    storedUsername = keychain.get("username", true);
+  } catch (const securestore::Error &) {
+    storedUsername = std::nullopt;
+  }
+  if (storedUsername) {
+    spinner->stopAndClear();
+    reportError(CliError::alreadySignedIn(*storedUsername), darwinWrapper);
+  }
 
-bool ConfigController::listInfo() { return false; }
+  // The lookup is the credential check: only a group number from the console
+  // lets the sign-in go on. On failure the spinner keeps its line, since the
+  // process ends right behind the message.
+  std::optional<std::int64_t> groupIdNum;
+  urlsessionManager.fetchGroupIdNum(
+      config, makeGroupApiStr(config.hostname), config.groupId,
+      UrlSessionUtil::shared(),
+      [&](std::optional<std::int64_t> value, std::optional<CliError> error) {
+        if (value) {
+          groupIdNum = value;
+          return;
+        }
+        reportError(error ? *error : CliError::unknownFetchGidAPIError(),
+                    darwinWrapper);
+      });
+  if (!groupIdNum)
+    return;
 
-void ConfigController::editGroupId(const std::string &) {}
+  configModel = config;
+  configModel->groupIdNum = groupIdNum;
+  spinner->stopAndClear();
+  spinner.reset();
+  platform::printLine(signedInMessage);
+  saveToKeychain();
+}
+
+void ConfigController::signOut() {
+  if (!keychain["username"].read())
+    reportError(CliError::alreadySignedOut(), darwinWrapper);
+
+  for (const char *key : accountKeys) {
+    try {
+      keychain.remove(key, true);
+    } catch (const securestore::Error &error) {
+      reportError(CliError::unableToSignOut(error.localizedDescription()),
+                  darwinWrapper);
+      return;
+    }
+  }
+  configModel.reset();
+  platform::printLine(signedOutMessage);
+}
+
+bool ConfigController::listInfo() {
+  ConfigModel model;
+  try {
+    model = getCreds();
+  } catch (const CliError &error) {
+    reportError(error, darwinWrapper);
+    return false;
+  } catch (const std::exception &) {
+    platform::printLine(listInfoFailedMessage);
+    darwinWrapper.exitCode(CliError::unknownError().code());
+    return false;
+  }
+  std::string groupIdNum =
+      model.groupIdNum ? std::to_string(*model.groupIdNum) : "nil";
+  // The password and the API key are never shown.
+  std::string listing = "\n📖 Account Info:\n";
+  listing += "Username:\t\t" + model.username + "\n";
+  listing += "Group ID:\t\t" + model.groupId + "\n";
+  listing += "Group ID Number:\t" + groupIdNum + "\n";
+  listing += "Hostname:\t\t" + model.hostname + "\n";
+  platform::printLine(listing);
+  return true;
+}
+
+void ConfigController::editGroupId(const std::string &newVal) {
+  ConfigModel stored;
+  try {
+    stored = getCreds();
+  } catch (const CliError &error) {
+    reportError(error, darwinWrapper);
+    return;
+  } catch (const std::exception &) {
+    platform::printLine(readCredsFailedMessage);
+    darwinWrapper.exitCode(CliError::unknownError().code());
+    return;
+  }
+
+  urlsessionManager.fetchGroupIdNum(
+      stored, makeGroupApiStr(stored.hostname), newVal,
+      UrlSessionUtil::shared(),
+      [&](std::optional<std::int64_t> value, std::optional<CliError> error) {
+        if (!value) {
+          reportError(error ? *error : CliError::unknownEditGidAPIError(),
+                      darwinWrapper);
+          return;
+        }
+        if (configModel) {
+          configModel->groupId = newVal;
+          configModel->groupIdNum = value;
+        }
+        // The subscript swallows a failed write: the group change is best
+        // effort, and the next group lookup tells whether it held.
+        keychain["groupId"] = newVal;
+        keychain["groupIdNum"] = std::to_string(*value);
+      });
+}
 
 } // namespace kestrune

@@ -35,23 +35,43 @@ public:
   /// signed 64-bit integer gives a record without the number.
   ConfigModel getCreds() const;
 
-  /// Proves the credentials of config against the console with a live lookup
-  /// of its group, then keeps the record and writes it to the keychain. Ends
-  /// the process with code 20 when an account is already signed in, and with
-  /// the lookup's code when the console refuses. config has no group number.
+  /// Signs in with \p config (whose groupIdNum is absent): under a spinner
+  /// "Verifying credentials ...", refuses when a username is stored
+  /// (alreadySignedIn, code 20; nothing is sent), then looks the group up on
+  /// the console with the credentials of \p config. A failed lookup prints
+  /// its error and ends the process with its code (unknownFetchGidAPIError,
+  /// 18, when the lookup gives nothing at all), leaving the spinner's line as
+  /// drawn and storing nothing. A found group clears the spinner, keeps the
+  /// record with the number, prints the sign-in text and saves the record.
+  ///
+  /// When darwinWrapper's exitCode returns: after alreadySignedIn the
+  /// sign-in goes on with the lookup; after a failed lookup it returns
+  /// without saving.
   void signIn(const ConfigModel &config);
 
-  /// Removes the six keychain items and forgets the record. Ends the process
-  /// with code 17 when nobody is signed in and with 21 when a removal fails.
+  /// Removes the six items ("username", "password", "apiKey", "hostname",
+  /// "groupId", "groupIdNum"), forgets the record and prints the sign-out
+  /// text. Nobody signed in: alreadySignedOut (17). A removal that fails:
+  /// unableToSignOut with the store's description (21), and the later items
+  /// stay. Nothing goes to the console.
+  ///
+  /// When darwinWrapper's exitCode returns: after alreadySignedOut the
+  /// removals run all the same; after a failed removal it returns.
   void signOut();
 
-  /// Prints the stored account without its password and API key. Returns
-  /// false, after ending the process with the read's code, when the account
-  /// can't be read.
+  /// Prints the stored account (username, group ID and number, hostname;
+  /// "nil" for a number that doesn't parse), never its password or API key,
+  /// and returns true. An item that is missing: the error of getCreds, the
+  /// process ends with its code, and the result is false.
   bool listInfo();
 
-  /// Looks up newVal on the console with the stored credentials and, when the
-  /// console knows it, stores it with its number as the account's group.
+  /// Looks \p newVal up on the console with the stored credentials and, when
+  /// the console gives its number, stores \p newVal as "groupId" and the
+  /// number as "groupIdNum" (failed writes go unreported), updating the
+  /// record in memory when there is one. No spinner, nothing printed on
+  /// success. Failures print and end the process: a missing item with the
+  /// error of getCreds, a failed lookup with its error, a lookup that gives
+  /// nothing with unknownEditGidAPIError (19); the stored group stays.
   void editGroupId(const std::string &newVal);
 
 private:

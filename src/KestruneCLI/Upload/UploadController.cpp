@@ -1,0 +1,130 @@
+#include "KestruneCLI/Upload/UploadController.h"
+
+#include "KestruneCLI/Helpers/CliError.h"
+#include "KestruneCLI/Helpers/DarwinWrapper.h"
+#include "KestruneCLI/UrlSessionManager/UrlSessionManager.h"
+#include "KestruneCLI/UrlSessionManager/UrlSessionUtil.h"
+#include "Platform/StandardOutput.h"
+
+#include <exception>
+
+namespace kestrune {
+
+namespace {
+
+constexpr std::string_view unreadableAccountMessage =
+    "❗️Error: Unable to get the config model while uploading the binary";
+
+} // namespace
+
+UploadController::UploadController(const DarwinProtocol &darwinWrapper)
+    : UploadController(darwinWrapper, makeAccountKeychain(),
+                       UrlSessionManager::shared(), UrlSessionUtil::shared()) {}
+
+UploadController::UploadController(
+    const DarwinProtocol &darwinWrapper, securestore::Keychain keychain,
+    const URLSessionManagerProtocol &urlsessionManager,
+    const UrlSessionUtilProtocol &urlSessionUtil)
+    // The account is read by a controller of its own, which ends the process
+    // for real whatever this one was given.
+    : configController(urlsessionManager, keychain, DarwinWrapper::shared()),
+      keychain(std::move(keychain)), darwinWrapper(darwinWrapper),
+      urlsessionManager(urlsessionManager), urlSessionUtil(urlSessionUtil) {}
+
+std::optional<UploadModel> UploadController::createUploadModel(
+    const std::string &installerPath, const std::string &metadataPath,
+    const std::optional<std::string> &iconPath) const {
+  return kestrune::createUploadModel(installerPath, metadataPath, iconPath,
+                                     darwinWrapper);
+}
+
+NumberCompletion
+UploadController::storeBlobId(std::optional<std::int64_t> &cell,
+                              CliError unknown) const {
+  return [this, &cell, unknown = std::move(unknown)](
+             std::optional<std::int64_t> value, std::optional<CliError> error) {
+    if (value) {
+      cell = value;
+      return;
+    }
+    reportError(error ? *error : unknown, darwinWrapper);
+  };
+}
+
+void UploadController::upload(const std::string &installerPath,
+                              const std::string &metadataPath,
+                              const std::optional<std::string> &iconPath) {
+  std::optional<std::string> username = keychain["username"];
+  if (!username || username->empty()) {
+    reportError(CliError::needToSignIn(), darwinWrapper);
+    return;
+  }
+
+  ConfigModel config;
+  try {
+    config = configController.getCreds();
+  } catch (const CliError &error) {
+    reportError(error, darwinWrapper);
+    return;
+  } catch (const std::exception &) {
+    platform::printLine(unreadableAccountMessage);
+    darwinWrapper.exitCode(CliError::unknownError().code());
+    return;
+  }
+
+  std::optional<UploadModel> model =
+      createUploadModel(installerPath, metadataPath, iconPath);
+  if (!model) {
+    reportError(CliError::unableToCreateUploadModel(), darwinWrapper);
+    return;
+  }
+  if (!isAcceptedInstallerName(model->installerName)) {
+    reportError(CliError::invalidInstallerFileType(), darwinWrapper);
+    return;
+  }
+  if (!isAcceptedMetadataName(model->metadataName)) {
+    reportError(CliError::invalidMetadataFileType(), darwinWrapper);
+    return;
+  }
+
+  // Each call blocks until its answer is in and its completion has run, so
+  // the stages simply follow one another on this thread.
+  std::optional<std::int64_t> installerId;
+  std::optional<std::int64_t> metadataId;
+  std::optional<std::int64_t> iconId;
+  urlsessionManager.doUploadBlob(
+      config, model->installerPath, model->installerName, urlSessionUtil,
+      BlobType::installer,
+      storeBlobId(installerId, CliError::unknownUploadInstallerAPIError()));
+  urlsessionManager.doUploadBlob(
+      config, model->metadataPath, model->metadataName, urlSessionUtil,
+      BlobType::metadata,
+      storeBlobId(metadataId, CliError::unknownUploadMetadataAPIError()));
+  if (!installerId || !metadataId)
+    return;
+
+  // The icon's path is judged only now, after the two required files.
+  if (iconPath) {
+    if (!model->iconPath) {
+      reportError(CliError::invalidIconPath(), darwinWrapper);
+      return;
+    }
+    if (!model->iconName) {
+      reportError(CliError::invalidIconName(), darwinWrapper);
+      return;
+    }
+    urlsessionManager.doUploadBlob(
+        config, *model->iconPath, *model->iconName, urlSessionUtil,
+        BlobType::icon,
+        storeBlobId(iconId, CliError::unknownUploadIconAPIError()));
+  }
+
+  urlsessionManager.doFinalUpload(config, *metadataId, *installerId, iconId,
+                                  urlSessionUtil,
+                                  [this](std::optional<CliError> error) {
+                                    if (error)
+                                      reportError(*error, darwinWrapper);
+                                  });
+}
+
+} // namespace kestrune

@@ -9,5 +9,6 @@
 #include "ArgumentParser/Errors.h"
 #include "ArgumentParser/NameSpecification.h"
 #include "ArgumentParser/ParsableCommand.h"
+#include "ArgumentParser/Validation.h"
 
 #endif

@@ -22,6 +22,7 @@ std::string helpOf(const std::vector<const CommandType *> &stack) {
 MessageInfo::MessageInfo(std::exception_ptr error, const CommandType &root) {
   std::vector<const CommandType *> stack{&root};
   std::optional<ParserError> parserError;
+  bool fromCommand = false;
   try {
     std::rethrow_exception(error);
   } catch (const CommandError &commandError) {
@@ -29,13 +30,16 @@ MessageInfo::MessageInfo(std::exception_ptr error, const CommandType &root) {
     if (stack.empty())
       stack = {&root};
     parserError = commandError.getParserError();
+    fromCommand = true;
   } catch (const ParserError &plainError) {
     parserError = plainError;
   } catch (...) {
     parserError = ParserError::userValidationError(error);
   }
 
-  if (parserError->getKind() == ParserError::Kind::versionRequested) {
+  // A version request names its commands; only a CommandError carries them.
+  if (fromCommand &&
+      parserError->getKind() == ParserError::Kind::versionRequested) {
     kind = Kind::help;
     text = versionOf(stack);
     code = 0;

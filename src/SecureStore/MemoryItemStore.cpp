@@ -1,6 +1,7 @@
 #include "SecureStore/MemoryItemStore.h"
 
 #include "SecureStore/ItemTable.h"
+#include "SecureStore/SecConstants.h"
 
 namespace securestore {
 
@@ -19,6 +20,12 @@ void MemoryItemStore::answerAlways(Operation operation, OSStatus status) {
   alwaysAnswers[operation] = status;
 }
 
+void MemoryItemStore::answerForAccount(Operation operation, std::string account,
+                                       OSStatus status) {
+  std::lock_guard lock(mutex);
+  accountAnswers[{operation, std::move(account)}] = status;
+}
+
 void MemoryItemStore::failAccessControl(std::optional<PlatformError> error) {
   std::lock_guard lock(mutex);
   accessControlFailure = std::move(error);
@@ -28,6 +35,7 @@ void MemoryItemStore::clearAnswers() {
   std::lock_guard lock(mutex);
   nextAnswers.clear();
   alwaysAnswers.clear();
+  accountAnswers.clear();
   accessControlFailure.reset();
 }
 
@@ -42,12 +50,17 @@ void MemoryItemStore::clearCalls() {
 }
 
 std::optional<MemoryItemStore::Answer>
-MemoryItemStore::takeAnswer(Operation operation) {
+MemoryItemStore::takeAnswer(Operation operation, const Dictionary &dictionary) {
   auto queued = nextAnswers.find(operation);
   if (queued != nextAnswers.end() && !queued->second.empty()) {
     Answer answer = std::move(queued->second.front());
     queued->second.pop_front();
     return answer;
+  }
+  if (const std::string *account = findText(dictionary, kSecAttrAccount)) {
+    auto forAccount = accountAnswers.find({operation, *account});
+    if (forAccount != accountAnswers.end())
+      return Answer{forAccount->second, {}};
   }
   auto always = alwaysAnswers.find(operation);
   if (always != alwaysAnswers.end())
@@ -59,7 +72,7 @@ OSStatus MemoryItemStore::copyMatching(const Dictionary &query,
                                        CopyResult *result) {
   std::lock_guard lock(mutex);
   calls.push_back({Operation::copyMatching, query, {}, result != nullptr});
-  if (auto answer = takeAnswer(Operation::copyMatching)) {
+  if (auto answer = takeAnswer(Operation::copyMatching, query)) {
     if (result)
       *result = std::move(answer->result);
     return answer->status;
@@ -70,7 +83,7 @@ OSStatus MemoryItemStore::copyMatching(const Dictionary &query,
 OSStatus MemoryItemStore::addItem(const Dictionary &attributes) {
   std::lock_guard lock(mutex);
   calls.push_back({Operation::addItem, {}, attributes, false});
-  if (auto answer = takeAnswer(Operation::addItem))
+  if (auto answer = takeAnswer(Operation::addItem, attributes))
     return answer->status;
   return table->addItem(attributes, std::chrono::system_clock::now(),
                         makeItemId());
@@ -80,7 +93,7 @@ OSStatus MemoryItemStore::updateItems(const Dictionary &query,
                                       const Dictionary &attributesToUpdate) {
   std::lock_guard lock(mutex);
   calls.push_back({Operation::updateItems, query, attributesToUpdate, false});
-  if (auto answer = takeAnswer(Operation::updateItems))
+  if (auto answer = takeAnswer(Operation::updateItems, query))
     return answer->status;
   return table->updateItems(query, attributesToUpdate,
                             std::chrono::system_clock::now());
@@ -89,7 +102,7 @@ OSStatus MemoryItemStore::updateItems(const Dictionary &query,
 OSStatus MemoryItemStore::deleteItems(const Dictionary &query) {
   std::lock_guard lock(mutex);
   calls.push_back({Operation::deleteItems, query, {}, false});
-  if (auto answer = takeAnswer(Operation::deleteItems))
+  if (auto answer = takeAnswer(Operation::deleteItems, query))
     return answer->status;
   return table->deleteItems(query);
 }

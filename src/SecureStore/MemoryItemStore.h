@@ -43,6 +43,10 @@ public:
   void answerNext(Operation operation, OSStatus status, CopyResult result = {});
   /// Every call of \p operation answers \p status until clearAnswers().
   void answerAlways(Operation operation, OSStatus status);
+  /// Every call of \p operation whose dictionary names \p account
+  /// (kSecAttrAccount) answers \p status until clearAnswers().
+  void answerForAccount(Operation operation, std::string account,
+                        OSStatus status);
   /// The next createAccessControl gives no object, and \p error if given.
   void failAccessControl(std::optional<PlatformError> error);
   /// Forgets every scripted answer.
@@ -66,12 +70,14 @@ private:
     OSStatus status;
     CopyResult result;
   };
-  std::optional<Answer> takeAnswer(Operation operation);
+  std::optional<Answer> takeAnswer(Operation operation,
+                                   const Dictionary &dictionary);
 
   mutable std::mutex mutex;
   std::unique_ptr<ItemTable> table;
   std::map<Operation, std::deque<Answer>> nextAnswers;
   std::map<Operation, OSStatus> alwaysAnswers;
+  std::map<std::pair<Operation, std::string>, OSStatus> accountAnswers;
   std::optional<std::optional<PlatformError>> accessControlFailure;
   std::vector<Call> calls;
 };

@@ -379,6 +379,12 @@ TEST_F(CountingConsoleTest, CountsLargeBodiesWithoutHashingWhenAskedTo) {
   EXPECT_EQ(log[0].body.size(), 64u * 1024);
 }
 
+TEST(MockConsoleStartTest, FailsLoudlyWhenTheLogCantBeWritten) {
+  MockConsole console(optionsWith(
+      [](auto &options) { options.logPath = "/nonexistent/dir/log"; }));
+  EXPECT_THROW(console.start(), std::runtime_error);
+}
+
 TEST(MockConsoleStartTest, FailsLoudlyWhenThePortIsTaken) {
   MockConsole first;
   first.start();

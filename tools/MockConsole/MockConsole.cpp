@@ -503,6 +503,9 @@ void MockConsole::start() {
   if (state->listener.joinable())
     return;
   State &s = *state;
+  if (s.options.logPath && !s.logFile.is_open())
+    throw std::runtime_error("cannot write the log file " +
+                             s.options.logPath->string());
   const Options &options = s.options;
   auto on = [&s](Route route) {
     return [&s, route](const httplib::Request &request,

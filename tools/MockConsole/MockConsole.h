@@ -124,8 +124,9 @@ public:
   MockConsole(const MockConsole &) = delete;
   MockConsole &operator=(const MockConsole &) = delete;
 
-  /// Starts listening; returns once requests are accepted. Throws
-  /// std::runtime_error when the address can't be bound.
+  /// Starts listening; returns once requests are accepted. A console
+  /// starts once. Throws std::runtime_error when the address can't be bound
+  /// or the log file can't be written.
   void start();
   /// Releases held answers and stops; waits for requests in progress.
   void stop();

@@ -9,6 +9,9 @@
 #include <mutex>
 #include <string_view>
 
+#include <pthread.h>
+#include <signal.h>
+
 namespace platform {
 
 struct HttpTask::Transfer {
@@ -414,7 +417,15 @@ HttpTask::~HttpTask() {
 void HttpTask::resume() {
   if (thread.joinable() || !transfer)
     return;
-  thread = std::thread([transfer = transfer] { transfer->run(); });
+  thread = std::thread([transfer = transfer] {
+    // A server that hangs up must fail the request, not end the process: a
+    // write to its socket then fails instead of raising SIGPIPE here.
+    sigset_t pipe;
+    sigemptyset(&pipe);
+    sigaddset(&pipe, SIGPIPE);
+    pthread_sigmask(SIG_BLOCK, &pipe, nullptr);
+    transfer->run();
+  });
 }
 
 HttpSession::HttpSession(HttpSessionConfiguration configuration)

@@ -215,6 +215,8 @@ TEST_F(HttpSessionTest, DescribesFailuresInAReadableSentence) {
       {closedUrl + "/", "Could not connect to the server ("},
       {url("/dropped"), "The network connection was lost ("},
       {"ftp://127.0.0.1/", "The URL is not supported ("},
+      {"https://127.0.0.1:" + std::to_string(console.getPort()) + "/",
+       "A secure connection to the server could not be made ("},
   };
   for (const Case &c : cases) {
     SCOPED_TRACE(c.url);

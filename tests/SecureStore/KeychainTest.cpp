@@ -498,24 +498,6 @@ TEST(KeychainTest, ConfiguringMakesACopyAndLeavesTheOriginal) {
   EXPECT_EQ(changed.service(), "svc");
 }
 
-TEST(KeychainTest, ConstructorsFillTheirOptions) {
-  Keychain plain;
-  EXPECT_EQ(plain.itemClass(), ItemClass::genericPassword);
-  EXPECT_EQ(plain.service(), "");
-  EXPECT_EQ(plain.authenticationType(), AuthenticationType::defaultType);
-  EXPECT_EQ(Keychain::withAccessGroup("grp").accessGroup(), "grp");
-  Keychain both("svc", "grp");
-  EXPECT_EQ(both.service(), "svc");
-  EXPECT_EQ(both.accessGroup(), "grp");
-  Keychain server("https://example.com:8443/x", ProtocolType::https,
-                  std::nullopt, AuthenticationType::htmlForm);
-  EXPECT_EQ(server.itemClass(), ItemClass::internetPassword);
-  EXPECT_EQ(server.server()->getText(), "https://example.com:8443/x");
-  EXPECT_EQ(server.protocolType(), ProtocolType::https);
-  EXPECT_THROW(Keychain("http://exa mple.com", ProtocolType::http),
-               std::invalid_argument);
-}
-
 TEST(KeychainTest, InternetPasswordsAreFoundByServerPortAndProtocol) {
   MemoryItemStore store;
   Keychain keychain =
@@ -542,6 +524,8 @@ TEST(KeychainTest, InternetPasswordsAreFoundByServerPortAndProtocol) {
   EXPECT_EQ(read.size(), expected.size() + 2);
   for (const auto &[key, value] : expected)
     EXPECT_EQ(read.at(key), value) << key;
+  EXPECT_THROW(Keychain("http://exa mple.com", ProtocolType::http),
+               std::invalid_argument);
 }
 
 TEST(KeychainTest, ValuesRoundTripThroughTheStore) {
@@ -640,35 +624,6 @@ TEST(KeychainTest, PrettifyGivesReadableKeysAndValues) {
                         {"synchronizable", text("true")}}));
   EXPECT_EQ(pretty[1], (Dictionary{{"class", text("InternetPassword")},
                                    {"value", toBytes(notUtf8)}}));
-}
-
-TEST(KeychainTest, EnumerationsConvertToAndFromRawValues) {
-  EXPECT_EQ(rawValue(ItemClass::genericPassword), kSecClassGenericPassword);
-  EXPECT_EQ(description(Accessibility::whenPasscodeSetThisDeviceOnly),
-            "WhenPasscodeSetThisDeviceOnly");
-  EXPECT_EQ(description(AuthenticationUI::skip), "skip");
-  EXPECT_EQ(rawValue(AuthenticationType::defaultType),
-            kSecAttrAuthenticationTypeDefault);
-  EXPECT_EQ(description(ProtocolType::pop3S), "POP3S");
-  EXPECT_EQ(fromRawValue<ProtocolType>(kSecAttrProtocolTelnetS),
-            ProtocolType::telnetS);
-  EXPECT_EQ(fromRawValue<Accessibility>(kSecAttrAccessibleAlways),
-            Accessibility::always);
-  EXPECT_EQ(fromRawValue<ItemClass>("genp"), std::nullopt);
-  EXPECT_EQ(fromRawValue<AuthenticationUI>(""), std::nullopt);
-}
-
-TEST(KeychainTest, AuthenticationPolicyIsASetOfFlags) {
-  AuthenticationPolicy policy =
-      AuthenticationPolicy::touchIDAny | AuthenticationPolicy::devicePasscode;
-  EXPECT_TRUE(policy.contains(AuthenticationPolicy::biometryAny));
-  EXPECT_FALSE(policy.contains(AuthenticationPolicy::watch));
-  policy.insert(AuthenticationPolicy::applicationPassword);
-  EXPECT_EQ(policy.rawValue, 0x80000012u);
-  policy.remove(AuthenticationPolicy::biometryAny);
-  EXPECT_EQ(policy - AuthenticationPolicy::devicePasscode,
-            AuthenticationPolicy::applicationPassword);
-  EXPECT_TRUE((policy & AuthenticationPolicy::watch).isEmpty());
 }
 
 } // namespace

@@ -1,4 +1,5 @@
 #include "Support/ProcessRunner.h"
+#include "Support/TestSupport.h"
 
 #include <gtest/gtest.h>
 
@@ -6,7 +7,8 @@
 #include <vector>
 
 // No command line, however malformed, may crash or hang the tool, or make it
-// print anything but its own help and error texts.
+// print anything but its own texts: help, a parse error with usage (exit 64),
+// or one of the tool's own failure messages (exit 1 to 55).
 
 namespace {
 
@@ -17,14 +19,24 @@ using testsupport::runProcess;
 void expectOrderlyEnd(const std::vector<std::string> &arguments,
                       const std::string &trace) {
   SCOPED_TRACE(trace);
+  testsupport::TempDir home;
   ProcessOptions options;
   options.arguments = arguments;
+  options.environment = {{"HOME", home.path().string()},
+                         {"XDG_DATA_HOME", std::nullopt},
+                         {"DBUS_SESSION_BUS_ADDRESS", std::nullopt}};
   options.timeout = std::chrono::seconds(30);
   ProcessResult result = runProcess(KESTRUNECLI_PATH, options);
   EXPECT_FALSE(result.timedOut);
   EXPECT_EQ(result.signal, 0);
   if (result.exitCode == 0) {
     EXPECT_EQ(result.standardError, "");
+    return;
+  }
+  if (result.exitCode >= 1 && result.exitCode <= 55) {
+    EXPECT_EQ(result.standardError, "");
+    EXPECT_NE(result.standardOutput.find("❗️"), std::string::npos)
+        << result.standardOutput;
     return;
   }
   EXPECT_EQ(result.exitCode, 64);

@@ -92,17 +92,6 @@ protected:
     return run;
   }
 
-  /// The inline sign-in of the account, with \p more arguments.
-  Run signIn(std::vector<std::string> more = {},
-             const std::string &accountPassword = password) {
-    std::vector<std::string> arguments = {
-        "--signin",      "--username", "admin", "--password",
-        accountPassword, "--api-key",  apiKey,  "--hostname",
-        "{base}",        "--group-id", "ACME"};
-    arguments.insert(arguments.end(), more.begin(), more.end());
-    return config(arguments);
-  }
-
   securestore::Keychain keychain() {
     return securestore::Keychain("kestrune-cli").withItemStore(fileStore);
   }
@@ -224,7 +213,11 @@ TEST_F(ConfigCommandTest, AccountLifeInOneHome) {
 }
 
 TEST_F(ConfigCommandTest, SignInAsksTheConsoleWithTheGivenCredentials) {
-  ASSERT_EQ(signIn().exitCode, 0);
+  ASSERT_EQ(config({"--signin", "--username", "admin", "--password", password,
+                    "--api-key", apiKey, "--hostname", "{base}", "--group-id",
+                    "ACME"})
+                .exitCode,
+            0);
   std::vector<mockconsole::LoggedRequest> requests = console.getRequests();
   ASSERT_EQ(requests.size(), 1u);
   EXPECT_EQ(requests[0].method, "GET");
@@ -242,24 +235,15 @@ struct MissingItemCase {
   int exitCode;
 };
 
-TEST_F(ConfigCommandTest, ListingNamesTheFirstMissingItem) {
+// The order of reading is the store's affair, tested with it; here the
+// listing of the built tool ends with the code of the missing item.
+TEST_F(ConfigCommandTest, ListingEndsWithTheCodeOfAMissingItem) {
   const std::vector<MissingItemCase> cases = {
       {"username", noUsername, 23},
-      {"groupId",
-       "\n❗️Error: Group ID not found in the keychain. Please login "
-       "again\n",
-       24},
-      {"groupIdNum",
-       "\n❗️Error: Group ID number not found in the keychain. Please login "
-       "again\n",
-       25},
       {"hostname",
        "\n❗️Error: Hostname not found in the keychain. Please login "
        "again\n",
        26},
-      {"apiKey",
-       "\n❗️Error: ApiKey not found in the keychain. Please login again\n",
-       27},
       {"password",
        "\n❗️Error: Password not found in the keychain. Please login "
        "again\n",

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <map>
 #include <string>
 #include <vector>
@@ -20,16 +21,22 @@ namespace {
 namespace fs = std::filesystem;
 using Text = std::optional<std::string>;
 
-// The spinner draws on one line, from hiding the cursor to the next line
-// break (and shows the cursor again when it ends): the rest is what a user
-// reads once the spinner is gone.
-std::string withoutSpinner(std::string out) {
-  constexpr std::string_view hide = "\x1b[?25l", show = "\x1b[?25h";
-  for (std::size_t at; (at = out.find(hide)) != std::string::npos;)
-    out.erase(at, out.find('\n', at) - at);
-  for (std::size_t at; (at = out.find(show)) != std::string::npos;)
-    out.erase(at, show.size());
-  return out;
+// What a user reads once the spinner is gone: the spinner hides and shows
+// the cursor, and draws each frame, and the blanks that clear it, after a
+// carriage return. It may draw once more after a failure's message, before
+// the process ends, so every such piece goes wherever it stands.
+std::string withoutSpinner(const std::string &out) {
+  std::string text;
+  for (std::size_t at = 0; at < out.size();) {
+    if (out.compare(at, 5, "\x1b[?25") == 0 && at + 5 < out.size()) {
+      at += 6;
+    } else if (out[at] == '\r') {
+      at = std::min(out.find_first_of("\r\n", at + 1), out.size());
+    } else {
+      text += out[at++];
+    }
+  }
+  return text;
 }
 
 std::string uploaded(std::string_view blobType) {

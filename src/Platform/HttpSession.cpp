@@ -256,7 +256,9 @@ HeaderList makeHeaderList(const HttpSessionConfiguration &configuration,
     list = extended;
   };
   try {
-    for (const auto &[name, value] : configuration.additionalHeaders) {
+    for (const auto &header : configuration.additionalHeaders) {
+      const std::string &name = header.first;
+      const std::string &value = header.second;
       bool originBound = std::any_of(configuration.originBoundHeaders.begin(),
                                      configuration.originBoundHeaders.end(),
                                      [&](const std::string &bound) {

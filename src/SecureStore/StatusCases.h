@@ -89,7 +89,7 @@
   X(matchLimitUnsupported, -34015, "The caller passed in a kSecMatchLimit key to a call which does not support limits.") \
   X(itemIllegalQuery, -34016, "The caller passed in a query which contained too many keys.") \
   X(waitForCallback, -34017, "This operation is incomplete, until the callback is invoked (not an error).") \
-  X(missingEntitlement, -34018, "Internal error when a required entitlement isn't present, client has neither application-identifier nor keychain-access-groups entitlements.") \
+  X(missingEntitlement, -34018, "Internal error when a required entitlement isn't present, client has neither application-identifier nor access-group entitlements.") \
   X(upgradePending, -34019, "Error returned if keychain database needs a schema migration but the device is locked, clients should wait for a device unlock notification and retry the command.") \
   X(mpSignatureInvalid, -25327, "Signature invalid on MP message") \
   X(otrTooOld, -25328, "Message is too old to use") \

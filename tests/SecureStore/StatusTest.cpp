@@ -47,8 +47,7 @@ constexpr CatalogueRow catalogueRows[] = {
      "does not support it."},
     {-34018, "missingEntitlement",
      "Internal error when a required entitlement isn't present, client has "
-     "neither application-identifier nor keychain-access-groups "
-     "entitlements."},
+     "neither application-identifier nor access-group entitlements."},
     {-25329, "otrIDTooNew",
      "Key ID is too new to use! Message from the future?"},
     {-67594, "conversionError", "A conversion error has occurred."},

@@ -2,7 +2,7 @@
 
 #include "SecureStore/Keychain.h"
 #include "Support/TestSupport.h"
-#include "TestProcess.h"
+#include "Support/ProcessRunner.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -232,13 +232,13 @@ TEST(FileItemStoreTest, ABrokenStoreIsReportedAndNeverOverwritten) {
 // Makes \p directory and everything in it belong to the user that
 // runUnprivileged runs as.
 void handOver(const fs::path &directory) {
-  ASSERT_EQ(::chown(directory.c_str(), testprocess::unprivilegedUser(),
-                    testprocess::unprivilegedGroup()),
+  ASSERT_EQ(::chown(directory.c_str(), testsupport::unprivilegedUser(),
+                    testsupport::unprivilegedGroup()),
             0);
   for (const fs::directory_entry &entry :
        fs::recursive_directory_iterator(directory))
-    ASSERT_EQ(::lchown(entry.path().c_str(), testprocess::unprivilegedUser(),
-                       testprocess::unprivilegedGroup()),
+    ASSERT_EQ(::lchown(entry.path().c_str(), testsupport::unprivilegedUser(),
+                       testsupport::unprivilegedGroup()),
               0);
 }
 
@@ -253,7 +253,7 @@ TEST(FileItemStoreTest, AReadOnlyDirectoryRefusesWritesAndKeepsItems) {
   handOver(directory.path());
   ::chmod(store.parent_path().c_str(), 0500);
 
-  std::string result = testprocess::runUnprivileged([&] {
+  std::string result = testsupport::runUnprivileged([&] {
     FileItemStore fileStore(store);
     Keychain keychain = Keychain("svc").withItemStore(fileStore);
     std::string outcomes;
@@ -280,7 +280,7 @@ TEST(FileItemStoreTest, AnUnreadableStoreIsAnInputOutputError) {
   handOver(directory.path());
   ::chmod(store.c_str(), 0000);
 
-  std::string result = testprocess::runUnprivileged([&] {
+  std::string result = testsupport::runUnprivileged([&] {
     FileItemStore fileStore(store);
     Keychain keychain = Keychain("svc").withItemStore(fileStore);
     std::string outcomes;
@@ -404,10 +404,10 @@ TEST(FileItemStoreTest, TwoWritersAtOnceLoseNothing) {
     for (const char *key : accountKeys)
       Keychain("kestrune-cli").withItemStore(seed).set("seed", key);
   }
-  testprocess::ChildProcess first(
-      {STORE_WRITER_PATH, store.string(), "kestrune-cli", "first", "200"});
-  testprocess::ChildProcess second(
-      {STORE_WRITER_PATH, store.string(), "kestrune-cli", "second", "200"});
+  testsupport::ChildProcess first(
+      STORE_WRITER_PATH, {{store.string(), "kestrune-cli", "first", "200"}});
+  testsupport::ChildProcess second(
+      STORE_WRITER_PATH, {{store.string(), "kestrune-cli", "second", "200"}});
   std::string firstOutput = first.readAll();
   std::string secondOutput = second.readAll();
   ASSERT_EQ(first.wait(), 0);
@@ -436,8 +436,8 @@ TEST(FileItemStoreTest, AWriterKilledAtAnyMomentLeavesOldOrNewValues) {
   for (int run = 0; run < 100; ++run) {
     SCOPED_TRACE("run " + std::to_string(run));
     std::string tag = "run" + std::to_string(run);
-    testprocess::ChildProcess writer(
-        {STORE_WRITER_PATH, store.string(), "kestrune-cli", tag, "0"});
+    testsupport::ChildProcess writer(
+        STORE_WRITER_PATH, {{store.string(), "kestrune-cli", tag, "0"}});
     std::vector<std::string> lines;
     // Every tenth run dies before its first write can finish; the others
     // die somewhere among the writes.

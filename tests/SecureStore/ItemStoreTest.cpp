@@ -4,7 +4,7 @@
 
 #include "SecureStore/FileItemStore.h"
 #include "SecureStore/Keychain.h"
-#include "SecureStore/MemoryItemStore.h"
+#include "Support/MemoryItemStore.h"
 #include "SecureStore/SecConstants.h"
 #include "SecureStore/SecretServiceItemStore.h"
 #include "Support/TestSupport.h"

@@ -1,6 +1,6 @@
 #include "SecureStore/Keychain.h"
 
-#include "SecureStore/MemoryItemStore.h"
+#include "Support/MemoryItemStore.h"
 #include "SecureStore/SecConstants.h"
 #include "Support/TestSupport.h"
 

@@ -2,9 +2,9 @@
 // keychain in processes of their own (KeychainProbe) on a private bus, where
 // the test can lock the keyring or kill its daemon.
 
-#include "PrivateSecretService.h"
+#include "Support/PrivateSecretService.h"
 #include "Support/TestSupport.h"
-#include "TestProcess.h"
+#include "Support/ProcessRunner.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -14,8 +14,8 @@
 namespace securestore {
 namespace {
 
-using testprocess::Environment;
-using testprocess::PrivateSecretService;
+using testsupport::Environment;
+using testsupport::PrivateSecretService;
 
 #define START_OR_SKIP(service)                                                 \
   if (!(service).isRunning())                                                  \
@@ -33,10 +33,19 @@ Environment sessionOf(const std::string &busAddress,
   return environment;
 }
 
+std::pair<int, std::string> runProgram(std::vector<std::string> arguments,
+                                       const Environment &environment = {}) {
+  std::string program = arguments.front();
+  arguments.erase(arguments.begin());
+  testsupport::ProcessResult result =
+      testsupport::runProcess(program, {arguments, environment});
+  return {result.exitCode, result.standardOutput};
+}
+
 std::string probe(const Environment &environment,
                   std::vector<std::string> commands) {
   commands.insert(commands.begin(), {KEYCHAIN_PROBE_PATH, "kestrune-cli"});
-  auto [status, output] = testprocess::runProgram(commands, environment);
+  auto [status, output] = runProgram(commands, environment);
   EXPECT_EQ(status, 0) << output;
   return output;
 }
@@ -56,19 +65,19 @@ TEST(SecretServiceItemStoreTest, ServesWhatOneProcessSavesToTheNext) {
   EXPECT_FALSE(std::filesystem::exists(dataHome.path() / "kestrune-cli"))
       << "the file store was used";
 
-  std::optional<std::string> secretTool =
-      testprocess::findProgram("secret-tool");
+  std::optional<std::filesystem::path> secretTool =
+      testsupport::findProgram("secret-tool");
   if (!secretTool)
     GTEST_SKIP() << "secret-tool is not installed";
   // The item is found by the plain attributes that the README names, and
   // removed the way the README says.
   auto [found, value] =
-      testprocess::runProgram({*secretTool, "lookup", "service", "kestrune-cli",
+      runProgram({secretTool->string(), "lookup", "service", "kestrune-cli",
                                "account", "groupIdNum"},
                               session);
   EXPECT_EQ(found, 0);
   EXPECT_EQ(value, "570");
-  auto [cleared, output] = testprocess::runProgram(
+  auto [cleared, output] = runProgram(
       {*secretTool, "clear", "service", "kestrune-cli"}, session);
   EXPECT_EQ(cleared, 0) << output;
   EXPECT_EQ(probe(session, {"get", "groupIdNum"}), "=> absent\n");
@@ -128,11 +137,11 @@ TEST(SecretServiceItemStoreTest, AVanishedServiceAnswersNotAvailable) {
   Environment session = sessionOf(service.getBusAddress(), dataHome.path());
   std::filesystem::path resume = dataHome.path() / "resume";
 
-  testprocess::ChildProcess prober(
-      {KEYCHAIN_PROBE_PATH, "kestrune-cli", "set", "username", "alice", ",",
+  testsupport::ChildProcess prober(
+      KEYCHAIN_PROBE_PATH, {{"kestrune-cli", "set", "username", "alice", ",",
        "await", resume.string(), ",", "get", "username", ",", "set", "username",
        "bob", ",", "remove", "username"},
-      session);
+       session});
   EXPECT_EQ(prober.readLine(std::chrono::seconds(30)), "=> ok");
   EXPECT_EQ(prober.readLine(std::chrono::seconds(30)), "=> waiting");
   service.killDaemon();

@@ -5,11 +5,11 @@
 #include "KestruneCLI/Config/ConfigController.h"
 
 #include "NoConsole.h"
-#include "PrivateSecretService.h"
-#include "SecureStore/MemoryItemStore.h"
+#include "Support/MemoryItemStore.h"
 #include "SecureStore/SecConstants.h"
 #include "Support/TestSupport.h"
-#include "TestProcess.h"
+#include "Support/PrivateSecretService.h"
+#include "Support/ProcessRunner.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -281,17 +281,17 @@ TEST(ConfigControllerTest, TheAccountKeychainIsBuiltOneWay) {
   securestore::setDefaultItemStore(nullptr);
 }
 
-std::string accountProbe(const testprocess::Environment &environment,
+std::string accountProbe(const testsupport::Environment &environment,
                          std::vector<std::string> arguments) {
-  arguments.insert(arguments.begin(), ACCOUNT_PROBE_PATH);
-  auto [status, output] = testprocess::runProgram(arguments, environment);
-  EXPECT_EQ(status, 0) << output;
-  return output;
+  testsupport::ProcessResult result =
+      testsupport::runProcess(ACCOUNT_PROBE_PATH, {arguments, environment});
+  EXPECT_EQ(result.exitCode, 0) << result.standardError;
+  return result.standardOutput;
 }
 
 // Saves in one process and reads in others, on the store that each process
 // chooses by itself.
-void expectAccountSurvivesTheProcess(const testprocess::Environment &session,
+void expectAccountSurvivesTheProcess(const testsupport::Environment &session,
                                      const std::string &expectedStore) {
   EXPECT_EQ(accountProbe(session, {"store"}), expectedStore + "\n");
   EXPECT_EQ(accountProbe(session, {"read"}), "noUsernameInKeychain (23)\n");
@@ -316,7 +316,7 @@ TEST(ConfigControllerTest, TheNextProcessReadsTheAccountFromTheFileStore) {
 }
 
 TEST(ConfigControllerTest, TheNextProcessReadsTheAccountFromTheSecretService) {
-  testprocess::PrivateSecretService service;
+  testsupport::PrivateSecretService service;
   if (!service.isRunning())
     GTEST_SKIP() << service.getProblem();
   testsupport::TempDir dataHome;

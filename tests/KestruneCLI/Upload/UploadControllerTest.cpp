@@ -3,7 +3,7 @@
 #include "KestruneCLI/UrlSessionManager/UrlSessionManager.h"
 #include "KestruneCLI/UrlSessionManager/UrlSessionUtil.h"
 #include "MockConsole/MockConsole.h"
-#include "SecureStore/MemoryItemStore.h"
+#include "Support/MemoryItemStore.h"
 #include "Support/TestSupport.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "SecureStore/MemoryItemStore.h"
+#include "Support/MemoryItemStore.h"
 
 #include "SecureStore/ItemTable.h"
 #include "SecureStore/SecConstants.h"

@@ -1,13 +1,13 @@
-#ifndef KESTRUNECLI_TESTS_SECURESTORE_PRIVATESECRETSERVICE_H
-#define KESTRUNECLI_TESTS_SECURESTORE_PRIVATESECRETSERVICE_H
+#ifndef KESTRUNECLI_TESTS_SUPPORT_PRIVATESECRETSERVICE_H
+#define KESTRUNECLI_TESTS_SUPPORT_PRIVATESECRETSERVICE_H
 
 #include "Support/TestSupport.h"
-#include "TestProcess.h"
+#include "Support/ProcessRunner.h"
 
 #include <memory>
 #include <string>
 
-namespace testprocess {
+namespace testsupport {
 
 /// A D-Bus bus of the test's own, with no service activation, and on it a
 /// GNOME Keyring Secret Service that the test may lock or kill without
@@ -39,13 +39,13 @@ public:
   void killDaemon();
 
 private:
-  testsupport::TempDir home;
+  TempDir home;
   std::string busAddress;
   std::string problem;
   std::unique_ptr<ChildProcess> bus;
   std::unique_ptr<ChildProcess> daemon;
 };
 
-} // namespace testprocess
+} // namespace testsupport
 
 #endif

@@ -1,11 +1,12 @@
-#include "PrivateSecretService.h"
+#include "Support/PrivateSecretService.h"
 
 #include <csignal>
 #include <filesystem>
+#include <stdexcept>
 #include <sys/stat.h>
 #include <thread>
 
-namespace testprocess {
+namespace testsupport {
 
 namespace {
 
@@ -30,11 +31,24 @@ std::string busConfiguration(const std::string &socket) {
 )";
 }
 
+// Calls a method of the Secret Service on \p bus with dbus-send.
+ProcessResult callService(const std::string &bus, const std::string &method,
+                          const std::string &argument) {
+  std::optional<std::filesystem::path> send = findProgram("dbus-send");
+  if (!send)
+    return {"", "dbus-send is not installed", 1};
+  return runProcess(*send, {{"--bus=" + bus, "--dest=org.freedesktop.secrets",
+                             "--type=method_call", "--print-reply",
+                             "/org/freedesktop/secrets",
+                             "org.freedesktop.Secret.Service." + method,
+                             argument}});
+}
+
 } // namespace
 
 PrivateSecretService::PrivateSecretService(Keyring keyring) {
-  std::optional<std::string> dbusDaemon = findProgram("dbus-daemon");
-  std::optional<std::string> keyringDaemon =
+  std::optional<std::filesystem::path> dbusDaemon = findProgram("dbus-daemon");
+  std::optional<std::filesystem::path> keyringDaemon =
       findProgram("gnome-keyring-daemon");
   if (!dbusDaemon || (keyring != Keyring::none && !keyringDaemon)) {
     problem = "dbus-daemon or gnome-keyring-daemon is not installed";
@@ -42,11 +56,12 @@ PrivateSecretService::PrivateSecretService(Keyring keyring) {
   }
   std::filesystem::path socket = home.path() / "bus";
   std::filesystem::path config = home.path() / "bus.conf";
-  testsupport::writeFile(config, busConfiguration(socket.string()));
+  writeFile(config, busConfiguration(socket.string()));
   bus = std::make_unique<ChildProcess>(
-      std::vector<std::string>{*dbusDaemon, "--config-file=" + config.string(),
-                               "--nofork", "--nopidfile", "--nosyslog"},
-      Environment{}, std::string(), /*quiet=*/true);
+      *dbusDaemon,
+      ProcessOptions{{"--config-file=" + config.string(), "--nofork",
+                      "--nopidfile", "--nosyslog"}},
+      /*quiet=*/true);
   busAddress = "unix:path=" + socket.string();
 
   auto deadline = std::chrono::steady_clock::now() + startTimeout;
@@ -64,41 +79,32 @@ PrivateSecretService::PrivateSecretService(Keyring keyring) {
   std::filesystem::path runtime = home.path() / "run";
   std::filesystem::create_directories(runtime);
   ::chmod(runtime.c_str(), 0700);
-  std::vector<std::string> arguments = {*keyringDaemon, "--foreground",
-                                        "--components=secrets"};
-  if (keyring == Keyring::unlocked)
-    arguments.push_back("--unlock");
-  daemon = std::make_unique<ChildProcess>(
-      arguments,
-      Environment{{"DBUS_SESSION_BUS_ADDRESS", busAddress},
-                  {"HOME", home.path().string()},
-                  {"XDG_DATA_HOME", (home.path() / "data").string()},
-                  {"XDG_RUNTIME_DIR", runtime.string()},
-                  {"DISPLAY", std::nullopt},
-                  {"WAYLAND_DISPLAY", std::nullopt}},
-      keyring == Keyring::unlocked ? "private-keyring" : "", /*quiet=*/true);
+  ProcessOptions options{{"--foreground", "--components=secrets"},
+                         {{"DBUS_SESSION_BUS_ADDRESS", busAddress},
+                          {"HOME", home.path().string()},
+                          {"XDG_DATA_HOME", (home.path() / "data").string()},
+                          {"XDG_RUNTIME_DIR", runtime.string()},
+                          {"DISPLAY", std::nullopt},
+                          {"WAYLAND_DISPLAY", std::nullopt}}};
+  if (keyring == Keyring::unlocked) {
+    options.arguments.push_back("--unlock");
+    options.standardInput = "private-keyring";
+  }
+  daemon = std::make_unique<ChildProcess>(*keyringDaemon, options, true);
 
   // Ready when the service has taken its name and, for an unlocked keyring,
   // made its login collection the default.
-  std::optional<std::string> send = findProgram("dbus-send");
-  if (!send) {
-    problem = "dbus-send is not installed";
-    return;
-  }
   const std::string expected =
       keyring == Keyring::unlocked
           ? "object path \"/org/freedesktop/secrets/collection/login\""
           : "object path \"/\"";
   for (;;) {
-    auto [status, output] = runProgram(
-        {*send, "--bus=" + busAddress, "--dest=org.freedesktop.secrets",
-         "--type=method_call", "--print-reply", "/org/freedesktop/secrets",
-         "org.freedesktop.Secret.Service.ReadAlias", "string:default"},
-        {}, {}, /*quiet=*/true);
-    if (status == 0 && output.find(expected) != std::string::npos)
+    ProcessResult alias = callService(busAddress, "ReadAlias", "string:default");
+    if (alias.exitCode == 0 &&
+        alias.standardOutput.find(expected) != std::string::npos)
       return;
     if (std::chrono::steady_clock::now() > deadline) {
-      problem = "the keyring daemon did not come up: " + output;
+      problem = "the keyring daemon did not come up: " + alias.standardError;
       return;
     }
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
@@ -106,27 +112,20 @@ PrivateSecretService::PrivateSecretService(Keyring keyring) {
 }
 
 PrivateSecretService::~PrivateSecretService() {
-  if (daemon) {
-    daemon->sendSignal(SIGTERM);
-    daemon->wait();
-  }
-  if (bus) {
-    bus->sendSignal(SIGTERM);
-    bus->wait();
-  }
+  for (ChildProcess *child : {daemon.get(), bus.get()})
+    if (child) {
+      child->sendSignal(SIGTERM);
+      child->wait();
+    }
 }
 
 void PrivateSecretService::lockDefaultCollection() {
-  std::optional<std::string> send = findProgram("dbus-send");
-  if (!send)
-    throw std::runtime_error("dbus-send is not installed");
-  auto [status, output] = runProgram(
-      {*send, "--bus=" + busAddress, "--dest=org.freedesktop.secrets",
-       "--type=method_call", "--print-reply", "/org/freedesktop/secrets",
-       "org.freedesktop.Secret.Service.Lock",
-       "array:objpath:/org/freedesktop/secrets/collection/login"});
-  if (status != 0)
-    throw std::runtime_error("cannot lock the collection: " + output);
+  ProcessResult locked =
+      callService(busAddress, "Lock",
+                  "array:objpath:/org/freedesktop/secrets/collection/login");
+  if (locked.exitCode != 0)
+    throw std::runtime_error("cannot lock the collection: " +
+                             locked.standardError);
 }
 
 void PrivateSecretService::killDaemon() {
@@ -136,4 +135,4 @@ void PrivateSecretService::killDaemon() {
   daemon->wait();
 }
 
-} // namespace testprocess
+} // namespace testsupport

@@ -1,5 +1,5 @@
-#ifndef KESTRUNECLI_SECURESTORE_MEMORYITEMSTORE_H
-#define KESTRUNECLI_SECURESTORE_MEMORYITEMSTORE_H
+#ifndef KESTRUNECLI_TESTS_SUPPORT_MEMORYITEMSTORE_H
+#define KESTRUNECLI_TESTS_SUPPORT_MEMORYITEMSTORE_H
 
 #include "SecureStore/ItemStore.h"
 
@@ -13,7 +13,7 @@ namespace securestore {
 
 class ItemTable;
 
-/// An item store held in memory, for tests. It keeps the items with the
+/// An item store held in memory. It keeps the items with the
 /// same rules as the real stores, records every call with its dictionaries,
 /// and can be told to answer any call with a chosen status.
 class MemoryItemStore final : public ItemStore {

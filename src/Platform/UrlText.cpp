@@ -1,7 +1,10 @@
 #include "Platform/UrlText.h"
 
 #include <cstdint>
+#include <string>
 #include <string_view>
+
+#include <utf8proc.h>
 
 namespace platform {
 namespace {
@@ -21,6 +24,14 @@ int hexValue(char c) {
   if (c >= 'A' && c <= 'F')
     return c - 'A' + 10;
   return -1;
+}
+
+constexpr char base64Alphabet[] =
+    "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+
+int base64Value(char c) {
+  const char *found = std::char_traits<char>::find(base64Alphabet, 64, c);
+  return found ? static_cast<int>(found - base64Alphabet) : -1;
 }
 
 } // namespace
@@ -65,8 +76,6 @@ std::optional<std::string> removingPercentEncoding(std::string_view text) {
 }
 
 std::string encodeBase64(std::string_view bytes) {
-  constexpr char alphabet[] =
-      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
   std::string out;
   out.reserve((bytes.size() + 2) / 3 * 4);
   std::size_t i = 0;
@@ -74,10 +83,10 @@ std::string encodeBase64(std::string_view bytes) {
     std::uint32_t n = (static_cast<unsigned char>(bytes[i]) << 16) |
                       (static_cast<unsigned char>(bytes[i + 1]) << 8) |
                       static_cast<unsigned char>(bytes[i + 2]);
-    out.push_back(alphabet[(n >> 18) & 63]);
-    out.push_back(alphabet[(n >> 12) & 63]);
-    out.push_back(alphabet[(n >> 6) & 63]);
-    out.push_back(alphabet[n & 63]);
+    out.push_back(base64Alphabet[(n >> 18) & 63]);
+    out.push_back(base64Alphabet[(n >> 12) & 63]);
+    out.push_back(base64Alphabet[(n >> 6) & 63]);
+    out.push_back(base64Alphabet[n & 63]);
   }
   std::size_t rest = bytes.size() - i;
   if (rest == 0)
@@ -85,48 +94,55 @@ std::string encodeBase64(std::string_view bytes) {
   std::uint32_t n = static_cast<unsigned char>(bytes[i]) << 16;
   if (rest == 2)
     n |= static_cast<unsigned char>(bytes[i + 1]) << 8;
-  out.push_back(alphabet[(n >> 18) & 63]);
-  out.push_back(alphabet[(n >> 12) & 63]);
-  out.push_back(rest == 2 ? alphabet[(n >> 6) & 63] : '=');
+  out.push_back(base64Alphabet[(n >> 18) & 63]);
+  out.push_back(base64Alphabet[(n >> 12) & 63]);
+  out.push_back(rest == 2 ? base64Alphabet[(n >> 6) & 63] : '=');
   out.push_back('=');
   return out;
 }
 
+std::optional<std::string> decodeBase64(std::string_view text) {
+  if (text.size() % 4 != 0)
+    return std::nullopt;
+  std::string bytes;
+  bytes.reserve(text.size() / 4 * 3);
+  for (std::size_t i = 0; i < text.size(); i += 4) {
+    std::uint32_t word = 0;
+    int padding = 0;
+    for (std::size_t j = 0; j < 4; ++j) {
+      char c = text[i + j];
+      bool last = i + 4 == text.size();
+      // "=" may only close the last quantum, as "xx==" or "xxx=".
+      if (c == '=' && last && j >= 2 && (j == 3 || text[i + 3] == '=')) {
+        ++padding;
+        word <<= 6;
+        continue;
+      }
+      int value = base64Value(c);
+      if (value < 0 || padding > 0)
+        return std::nullopt;
+      word = word << 6 | static_cast<std::uint32_t>(value);
+    }
+    bytes.push_back(static_cast<char>(word >> 16 & 0xFF));
+    if (padding < 2)
+      bytes.push_back(static_cast<char>(word >> 8 & 0xFF));
+    if (padding < 1)
+      bytes.push_back(static_cast<char>(word & 0xFF));
+  }
+  return bytes;
+}
+
 bool isValidUtf8(std::string_view text) {
-  std::size_t i = 0;
-  while (i < text.size()) {
-    auto c = static_cast<unsigned char>(text[i]);
-    if (c < 0x80) {
-      ++i;
-      continue;
-    }
-    std::size_t length;
-    std::uint32_t codePoint;
-    if ((c & 0xE0) == 0xC0) {
-      length = 2;
-      codePoint = c & 0x1F;
-    } else if ((c & 0xF0) == 0xE0) {
-      length = 3;
-      codePoint = c & 0x0F;
-    } else if ((c & 0xF8) == 0xF0) {
-      length = 4;
-      codePoint = c & 0x07;
-    } else {
+  const auto *bytes = reinterpret_cast<const utf8proc_uint8_t *>(text.data());
+  std::size_t position = 0;
+  while (position < text.size()) {
+    utf8proc_int32_t codePoint = -1;
+    utf8proc_ssize_t length = utf8proc_iterate(
+        bytes + position, static_cast<utf8proc_ssize_t>(text.size() - position),
+        &codePoint);
+    if (length <= 0)
       return false;
-    }
-    if (i + length > text.size())
-      return false;
-    for (std::size_t k = 1; k < length; ++k) {
-      auto next = static_cast<unsigned char>(text[i + k]);
-      if ((next & 0xC0) != 0x80)
-        return false;
-      codePoint = (codePoint << 6) | (next & 0x3F);
-    }
-    constexpr std::uint32_t smallest[] = {0, 0, 0x80, 0x800, 0x10000};
-    if (codePoint < smallest[length] || codePoint > 0x10FFFF ||
-        (codePoint >= 0xD800 && codePoint <= 0xDFFF))
-      return false;
-    i += length;
+    position += static_cast<std::size_t>(length);
   }
   return true;
 }

@@ -19,6 +19,11 @@ std::optional<std::string> removingPercentEncoding(std::string_view text);
 /// Standard Base64 (RFC 4648 alphabet, "=" padding, no line breaks).
 std::string encodeBase64(std::string_view bytes);
 
+/// The bytes of Base64 text as encodeBase64 writes it. Absent when the length
+/// isn't a multiple of four, a character is outside the alphabet, or "="
+/// stands anywhere but as the last one or two characters.
+std::optional<std::string> decodeBase64(std::string_view text);
+
 /// Whether \p text is well-formed UTF-8 (no overlongs, no surrogates).
 bool isValidUtf8(std::string_view text);
 

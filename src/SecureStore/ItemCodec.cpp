@@ -2,7 +2,7 @@
 
 #include "Platform/UrlText.h"
 
-#include <array>
+#include <limits>
 #include <nlohmann/json.hpp>
 
 namespace securestore {
@@ -13,39 +13,6 @@ using Json = nlohmann::json;
 
 constexpr std::string_view formatName = "kestrune-cli keychain";
 constexpr int formatVersion = 1;
-
-std::optional<Bytes> decodeBase64(std::string_view text) {
-  static constexpr std::string_view alphabet =
-      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-  if (text.size() % 4 != 0)
-    return std::nullopt;
-  Bytes bytes;
-  bytes.reserve(text.size() / 4 * 3);
-  for (std::size_t i = 0; i < text.size(); i += 4) {
-    std::array<std::uint32_t, 4> sextets{};
-    int padding = 0;
-    for (std::size_t j = 0; j < 4; ++j) {
-      char c = text[i + j];
-      bool last = i + 4 == text.size();
-      if (c == '=' && last && j >= 2 && (j == 3 || text[i + 3] == '=')) {
-        ++padding;
-        continue;
-      }
-      std::size_t index = alphabet.find(c);
-      if (index == std::string_view::npos || padding > 0)
-        return std::nullopt;
-      sextets[j] = static_cast<std::uint32_t>(index);
-    }
-    std::uint32_t word =
-        sextets[0] << 18 | sextets[1] << 12 | sextets[2] << 6 | sextets[3];
-    bytes.push_back(static_cast<std::uint8_t>(word >> 16));
-    if (padding < 2)
-      bytes.push_back(static_cast<std::uint8_t>(word >> 8 & 0xFF));
-    if (padding < 1)
-      bytes.push_back(static_cast<std::uint8_t>(word & 0xFF));
-  }
-  return bytes;
-}
 
 struct ValueEncoder {
   Json operator()(bool value) const { return value; }
@@ -82,10 +49,11 @@ std::optional<Value> decodeValue(const Json &json) {
     return std::nullopt;
   if (auto bytes = json.find("bytes");
       bytes != json.end() && bytes->is_string()) {
-    std::optional<Bytes> decoded = decodeBase64(bytes->get<std::string>());
+    std::optional<std::string> decoded =
+        platform::decodeBase64(bytes->get<std::string>());
     if (!decoded)
       return std::nullopt;
-    return Value(std::move(*decoded));
+    return Value(toBytes(*decoded));
   }
   if (auto date = json.find("date");
       date != json.end() && date->is_number_integer())

@@ -3,7 +3,6 @@
 #include <openssl/evp.h>
 
 #include <stdexcept>
-#include <vector>
 
 namespace mockconsole {
 
@@ -35,15 +34,6 @@ std::string BodyDigest::finishHex() {
     hex.push_back(digits[digest[i] & 0xF]);
   }
   return hex;
-}
-
-std::string encodeBase64(std::string_view bytes) {
-  std::vector<unsigned char> out(4 * ((bytes.size() + 2) / 3) + 1);
-  int length = EVP_EncodeBlock(
-      out.data(), reinterpret_cast<const unsigned char *>(bytes.data()),
-      static_cast<int>(bytes.size()));
-  return std::string(reinterpret_cast<const char *>(out.data()),
-                     static_cast<std::size_t>(length));
 }
 
 } // namespace mockconsole

@@ -1,10 +1,11 @@
 #ifndef KESTRUNECLI_TOOLS_MOCKCONSOLE_BODYDIGEST_H
 #define KESTRUNECLI_TOOLS_MOCKCONSOLE_BODYDIGEST_H
 
+#include "Platform/UrlText.h"
+
 #include <cstddef>
 #include <memory>
 #include <string>
-#include <string_view>
 
 namespace mockconsole {
 
@@ -25,8 +26,8 @@ private:
   std::unique_ptr<Context> context;
 };
 
-/// Standard Base64 of \p bytes (RFC 4648, with padding).
-std::string encodeBase64(std::string_view bytes);
+/// The simulator checks credentials with the tool's own Base64 encoder.
+using platform::encodeBase64;
 
 } // namespace mockconsole
 

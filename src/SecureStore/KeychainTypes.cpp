@@ -1,10 +1,10 @@
 #include "SecureStore/KeychainTypes.h"
 
+#include "Platform/UrlReference.h"
 #include "SecureStore/SecConstants.h"
 
 #include <array>
 #include <charconv>
-#include <uriparser/Uri.h>
 
 namespace securestore {
 
@@ -120,12 +120,6 @@ std::optional<T> lookUp(const Dictionary &map, std::string_view key) {
   return std::nullopt;
 }
 
-std::string textOf(const UriTextRangeA &range) {
-  if (!range.first || !range.afterLast)
-    return {};
-  return std::string(range.first, range.afterLast);
-}
-
 } // namespace
 
 std::string_view rawValue(ItemClass value) noexcept {
@@ -178,26 +172,27 @@ template <> std::optional<ProtocolType> fromRawValue(std::string_view raw) {
 }
 
 std::optional<ServerUrl> ServerUrl::parse(std::string_view text) {
-  std::string owned(text);
-  UriUriA uri;
-  const char *errorPosition = nullptr;
-  if (uriParseSingleUriExA(&uri, owned.data(), owned.data() + owned.size(),
-                           &errorPosition) != URI_SUCCESS)
-    return std::nullopt;
   ServerUrl url;
-  url.text = owned;
-  if (uri.hostText.first && uri.hostText.afterLast &&
-      (uri.hostText.first != uri.hostText.afterLast || uri.userInfo.first ||
-       uri.portText.first))
-    url.host = textOf(uri.hostText);
-  std::string portText = textOf(uri.portText);
+  url.text = std::string(text);
+  // The empty text is a relative reference without any parts.
+  if (text.empty())
+    return url;
+  std::optional<platform::UrlReference> reference =
+      platform::UrlReference::parse(text);
+  if (!reference)
+    return std::nullopt;
+  // An empty host counts only when user info or a port goes with it: "//"
+  // alone has none, "//@" and "//:80" have an empty one.
+  if (reference->host && (!reference->host->empty() || reference->userInfo ||
+                          reference->port))
+    url.host = reference->host;
+  const std::string portText = reference->port.value_or("");
   std::int64_t port = 0;
   auto [end, error] =
       std::from_chars(portText.data(), portText.data() + portText.size(), port);
   if (!portText.empty() && error == std::errc() &&
       end == portText.data() + portText.size())
     url.port = port;
-  uriFreeUriMembersA(&uri);
   return url;
 }
 

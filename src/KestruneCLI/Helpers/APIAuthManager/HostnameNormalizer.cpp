@@ -1,6 +1,6 @@
 #include "KestruneCLI/Helpers/APIAuthManager/HostnameNormalizer.h"
 
-#include <uriparser/Uri.h>
+#include "Platform/UrlReference.h"
 
 #include <algorithm>
 #include <cctype>
@@ -8,42 +8,21 @@
 namespace kestrune {
 namespace {
 
-struct Reference {
-  std::string scheme; // in small letters; empty when there is none
-  bool hasScheme = false;
-  bool hasAuthority = false;
-  bool hasEmptyHost = false;
-  bool hasUserInfo = false;
-};
-
-// Reads \p text as an RFC 3986 URI reference.
-std::optional<Reference> parseReference(std::string_view text) {
-  UriUriA uri;
-  const char *errorPosition = nullptr;
-  if (uriParseSingleUriExA(&uri, text.data(), text.data() + text.size(),
-                           &errorPosition) != URI_SUCCESS)
-    return std::nullopt;
-  Reference reference;
-  if (uri.scheme.first) {
-    reference.hasScheme = true;
-    reference.scheme.assign(uri.scheme.first, uri.scheme.afterLast);
-    std::transform(reference.scheme.begin(), reference.scheme.end(),
-                   reference.scheme.begin(), [](unsigned char c) {
-                     return static_cast<char>(std::tolower(c));
-                   });
-  }
-  if (uri.hostText.first) {
-    reference.hasAuthority = true;
-    reference.hasEmptyHost = uri.hostText.first == uri.hostText.afterLast &&
-                             !uri.hostData.ip6 && !uri.hostData.ipFuture.first;
-    reference.hasUserInfo = uri.userInfo.first != nullptr;
-  }
-  uriFreeUriMembersA(&uri);
-  return reference;
+std::string inSmallLetters(std::string text) {
+  std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) {
+    return static_cast<char>(std::tolower(c));
+  });
+  return text;
 }
 
 bool isWebScheme(const std::string &scheme) {
   return scheme == "https" || scheme == "http";
+}
+
+// Whether \p url has an authority with a host that isn't empty. An IP
+// literal is never empty: "[]" doesn't parse.
+bool hasHost(const platform::UrlReference &url) {
+  return url.host && !url.host->empty();
 }
 
 } // namespace
@@ -52,18 +31,19 @@ std::optional<std::string> normalizeHostname(std::string_view hostname) {
   if (hostname.empty())
     return "https://";
 
-  std::optional<Reference> reference = parseReference(hostname);
-  if (reference && reference->hasAuthority) {
-    if (reference->hasEmptyHost)
+  std::optional<platform::UrlReference> url =
+      platform::UrlReference::parse(hostname);
+  const std::string scheme =
+      url && url->scheme ? inSmallLetters(*url->scheme) : std::string();
+  if (url && url->host) {
+    if (!hasHost(*url))
       return std::nullopt;
     std::string_view rest = hostname;
-    if (reference->hasScheme)
-      rest.remove_prefix(reference->scheme.size() + 1);
-    const std::string scheme =
-        isWebScheme(reference->scheme) ? reference->scheme : "https";
-    return scheme + ":" + std::string(rest);
+    if (url->scheme)
+      rest.remove_prefix(url->scheme->size() + 1);
+    return (isWebScheme(scheme) ? scheme : "https") + ":" + std::string(rest);
   }
-  if (reference && isWebScheme(reference->scheme))
+  if (url && isWebScheme(scheme))
     return std::nullopt;
 
   // A bare host reads as a path, "host:port" as a scheme and a path, and
@@ -73,9 +53,9 @@ std::optional<std::string> normalizeHostname(std::string_view hostname) {
   if (hostname.find("://") != std::string_view::npos)
     return std::nullopt;
   std::string candidate = "https://" + std::string(hostname);
-  std::optional<Reference> asAuthority = parseReference(candidate);
-  if (!asAuthority || !asAuthority->hasAuthority || asAuthority->hasEmptyHost ||
-      asAuthority->hasUserInfo)
+  std::optional<platform::UrlReference> asAuthority =
+      platform::UrlReference::parse(candidate);
+  if (!asAuthority || !hasHost(*asAuthority) || asAuthority->userInfo)
     return std::nullopt;
   return candidate;
 }

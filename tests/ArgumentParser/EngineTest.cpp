@@ -1,0 +1,521 @@
+// The argument-parsing engine on command trees of its own: what the
+// kestrunecli commands never declare (typed values, defaults, arrays, flags of
+// every kind, positionals, subcommand trees, validation) and help wrapping.
+#include "ArgumentParser/ArgumentParser.h"
+#include "ArgumentParser/Usage/HelpGenerator.h"
+
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <type_traits>
+#include <vector>
+
+namespace argtest {
+enum class Speed { fast, slow };
+enum class Level { low, high };
+} // namespace argtest
+
+template <> struct argparse::EnumerableFlag<argtest::Level> {
+  static std::vector<FlagCase<argtest::Level>> allCases() {
+    return {{argtest::Level::low, "low", ArgumentHelp("Go low")},
+            {argtest::Level::high, "high", ArgumentHelp("Go high")}};
+  }
+};
+template <> struct argparse::EnumerableFlag<argtest::Speed> {
+  static std::vector<FlagCase<argtest::Speed>> allCases() {
+    return {{argtest::Speed::fast, "fast"}, {argtest::Speed::slow, "slow"}};
+  }
+};
+
+namespace argtest {
+namespace {
+
+using namespace argparse;
+
+// What the last command's run() saw: its fields, each followed by a blank.
+std::string said;
+
+template <typename T> void record(const T &value) {
+  if constexpr (std::is_enum_v<T>)
+    said += std::to_string(static_cast<int>(value)) + " ";
+  else if constexpr (std::is_same_v<T, std::string>)
+    said += "'" + value + "' ";
+  else
+    said += (std::ostringstream() << value).str() + " ";
+}
+template <typename T> void record(const std::optional<T> &value) {
+  value ? record(*value) : void(said += "- ");
+}
+template <typename T> void record(const std::vector<T> &values) {
+  said += "[ ";
+  for (const T &value : values)
+    record(value);
+  said += "] ";
+}
+
+struct Values : ParsableCommand<Values> {
+  static constexpr std::string_view typeName = "Values";
+  int count = 0;
+  std::optional<int> port;
+  std::vector<int> numbers;
+  std::optional<std::string> even, scan, any;
+  std::vector<std::string> upTo, rest;
+  bool flagged = false;
+  static Arguments<Values> arguments() {
+    return {
+        option(&Values::count, "count").name(shortAndLong).defaultValue(3),
+        option(&Values::port, "port"),
+        option(&Values::numbers, "numbers"),
+        option(&Values::even, "even").transform([](const std::string &text) {
+          if (text.size() % 2)
+            throw std::runtime_error("odd length");
+          return text;
+        }),
+        option(&Values::scan, "scan")
+            .parsing(SingleValueParsingStrategy::scanningForValue),
+        option(&Values::any, "any")
+            .parsing(SingleValueParsingStrategy::unconditional),
+        option(&Values::upTo, "upTo")
+            .parsing(ArrayParsingStrategy::upToNextOption),
+        option(&Values::rest, "rest").parsing(ArrayParsingStrategy::remaining),
+        flag(&Values::flagged, "flag"),
+    };
+  }
+  void run() override {
+    (record(count), record(port), record(numbers));
+    (record(even), record(scan), record(any), record(upTo), record(rest));
+    record(flagged);
+  }
+};
+
+struct Flags : ParsableCommand<Flags> {
+  static constexpr std::string_view typeName = "Flags";
+  bool alpha = false, beta = false, cache = true, color = false, abc = false;
+  std::optional<Speed> speed;
+  Level level = Level::low;
+  int verbose = 0;
+  std::optional<std::string> output;
+  static Arguments<Flags> arguments() {
+    return {
+        flag(&Flags::alpha, "alpha").name(shortAndLong),
+        flag(&Flags::beta, "beta").name(shortAndLong),
+        flag(&Flags::cache, "cache")
+            .inversion(FlagInversion::prefixedNo)
+            .defaultValue(true)
+            .help("Use the cache"),
+        flag(&Flags::color, "color")
+            .inversion(FlagInversion::prefixedEnableDisable)
+            .defaultValue(false)
+            .exclusivity(FlagExclusivity::chooseLast),
+        flag(&Flags::speed, "speed"),
+        flag(&Flags::level, "level")
+            .defaultValue(Level::low)
+            .exclusivity(FlagExclusivity::chooseFirst),
+        flag(&Flags::verbose, "verbose").name({shortName, longName}),
+        flag(&Flags::abc, "abc").name(customLong("abc", true)),
+        option(&Flags::output, "output").name(shortAndLong),
+    };
+  }
+  void run() override {
+    (record(alpha), record(beta), record(cache), record(color));
+    (record(speed), record(level), record(verbose), record(abc));
+    record(output);
+  }
+};
+
+struct Positionals : ParsableCommand<Positionals> {
+  static constexpr std::string_view typeName = "Positionals";
+  std::string source;
+  std::optional<std::string> target;
+  std::vector<std::string> extras;
+  bool force = false;
+  static Arguments<Positionals> arguments() {
+    return {argument(&Positionals::source, "source").help("Where from"),
+            argument(&Positionals::target, "target"),
+            argument(&Positionals::extras, "extras"),
+            flag(&Positionals::force, "force")};
+  }
+  void run() override {
+    (record(source), record(target), record(extras), record(force));
+  }
+};
+
+struct GlobalOptions : ParsableArguments {
+  static constexpr std::string_view typeName = "GlobalOptions";
+  bool verbose = false;
+  std::optional<std::string> profile;
+  static Arguments<GlobalOptions> arguments() {
+    return {flag(&GlobalOptions::verbose, "verbose").help("Say more"),
+            option(&GlobalOptions::profile, "profile").help("The profile")};
+  }
+};
+
+struct FileSync : ParsableCommand<FileSync> {
+  static constexpr std::string_view typeName = "FileSync";
+  static CommandConfiguration configuration() {
+    return {.abstract = "Synchronise files."};
+  }
+  GlobalOptions global;
+  std::vector<std::string> paths;
+  static Arguments<FileSync> arguments() {
+    return {optionGroup(&FileSync::global, "global"),
+            argument(&FileSync::paths, "paths").help("Paths to sync")};
+  }
+  void run() override {
+    (record(global.verbose), record(global.profile), record(paths));
+  }
+};
+
+struct Secret : ParsableCommand<Secret> {
+  static constexpr std::string_view typeName = "Secret";
+  static CommandConfiguration configuration() {
+    return {.abstract = "Hidden work.", .shouldDisplay = false};
+  }
+  void run() override { said = "secret"; }
+};
+
+/// A command without a run: it shows its help.
+struct Idle : ParsableCommand<Idle> {
+  static constexpr std::string_view typeName = "Idle";
+};
+
+struct Tool : ParsableCommand<Tool> {
+  static constexpr std::string_view typeName = "Tool";
+  static CommandConfiguration configuration() {
+    return {.commandName = "tool",
+            .abstract = "A tool for tests.",
+            .version = "1.0.0",
+            .subcommands = {&commandType<FileSync>(), &commandType<Secret>(),
+                            &commandType<Idle>()},
+            .defaultSubcommand = &commandType<FileSync>()};
+  }
+  GlobalOptions global;
+  static Arguments<Tool> arguments() {
+    return {optionGroup(&Tool::global, "global")};
+  }
+};
+
+/// A validate() that rejects by what it was given.
+struct Checked : ParsableCommand<Checked> {
+  static constexpr std::string_view typeName = "Checked";
+  std::string mode;
+  static Arguments<Checked> arguments() {
+    return {option(&Checked::mode, "mode")};
+  }
+  void validate() override {
+    if (mode == "bad" || mode == "empty")
+      throw ValidationError(mode == "bad" ? "mode must not be bad" : "");
+    if (mode == "exit")
+      throw ExitCode(3);
+    if (mode == "clean")
+      throw CleanExit::message("all done");
+    if (mode == "other")
+      throw std::runtime_error("boom");
+  }
+  void run() override { record(mode); }
+};
+
+// The outcome of the command line \p line (arguments split at blanks) under
+// \p Root: what the chosen command saw, or the exit code and the whole text
+// of the failure.
+template <typename Root> std::string outcomeOf(const std::string &line) {
+  std::vector<std::string> arguments;
+  std::istringstream words(line);
+  for (std::string word; words >> word;)
+    arguments.push_back(word);
+  HelpGenerator::screenWidthOverride = 80;
+  said.clear();
+  try {
+    Root::parseAsRoot(arguments)->run();
+    return "ran " + said;
+  } catch (...) {
+    const std::exception_ptr error = std::current_exception();
+    return std::to_string(Root::exitCode(error).rawValue) + " " +
+           Root::fullMessage(error);
+  }
+}
+
+const auto values = &outcomeOf<Values>;
+const auto flags = &outcomeOf<Flags>;
+const auto positionals = &outcomeOf<Positionals>;
+const auto tool = &outcomeOf<Tool>;
+const auto checked = &outcomeOf<Checked>;
+
+const std::string valuesUsage =
+    "\nUsage: values [--count <count>] [--port <port>] "
+    "[--numbers <numbers> ...] [--even <even>] [--scan <scan>] [--any <any>] "
+    "[--up-to <up-to> ...] [--rest <rest> ...] [--flag]\n"
+    "  See 'values --help' for more information.";
+const std::string flagsUsage =
+    "\nUsage: flags <options>\n  See 'flags --help' for more information.";
+const std::string positionalsUsage =
+    "\nUsage: positionals <source> [<target>] [<extras> ...] [--force]\n"
+    "  See 'positionals --help' for more information.";
+const std::string checkedUsage = "\nUsage: checked --mode <mode>\n"
+                                 "  See 'checked --help' for more information.";
+const std::string toolHelp = R"(OVERVIEW: A tool for tests.
+
+USAGE: tool [--verbose] [--profile <profile>] <subcommand>
+
+OPTIONS:
+  --verbose               Say more
+  --profile <profile>     The profile
+  --version               Show the version.
+  -h, --help              Show help information.
+
+SUBCOMMANDS:
+  file-sync               Synchronise files.
+  idle
+
+  See 'tool help <subcommand>' for detailed help.)";
+const std::string fileSyncHelp = R"(OVERVIEW: Synchronise files.
+
+USAGE: tool file-sync [--verbose] [--profile <profile>] [<paths> ...]
+
+ARGUMENTS:
+  <paths>                 Paths to sync
+
+OPTIONS:
+  --verbose               Say more
+  --profile <profile>     The profile
+  --version               Show the version.
+  -h, --help              Show help information.
+)";
+const std::string checkedHelp = R"(USAGE: checked --mode <mode>
+
+OPTIONS:
+  --mode <mode>
+  -h, --help              Show help information.
+)";
+
+TEST(EngineTest, ParsesCommandLinesIntoValuesOrTheirFailure) {
+  struct Row {
+    std::string (*outcome)(const std::string &);
+    std::string line, expected;
+  };
+  const Row rows[] = {
+      {values, "", "ran 3 - [ ] - - - [ ] [ ] 0 "},
+      {values,
+       "-c 7 --port 1 --port=+8080 --numbers 1 --numbers=-2 "
+       "--even ab",
+       "ran 7 8080 [ 1 -2 ] 'ab' - - [ ] [ ] 0 "},
+      {values, "--scan --flag v", "ran 3 - [ ] - 'v' - [ ] [ ] 1 "},
+      {values, "--any --flag", "ran 3 - [ ] - - '--flag' [ ] [ ] 0 "},
+      {values, "--up-to a b --flag", "ran 3 - [ ] - - - [ 'a' 'b' ] [ ] 1 "},
+      {values, "--up-to a --up-to=b c", "ran 3 - [ ] - - - [ 'b' 'c' ] [ ] 0 "},
+      {values, "--rest a --flag -- -x",
+       "ran 3 - [ ] - - - [ ] [ 'a' '--flag' '--' '-x' ] 0 "},
+      {values, "--count 1.5",
+       "64 Error: The value '1.5' is invalid for '--count <count>'" +
+           valuesUsage},
+      {values, "--port 99999999999",
+       "64 Error: The value '99999999999' is invalid for '--port <port>'" +
+           valuesUsage},
+      {values, "--even abc",
+       "64 Error: The value 'abc' is invalid for '--even <even>': odd length" +
+           valuesUsage},
+      {values, "--port --flag",
+       "64 Error: Missing value for '--port <port>'" + valuesUsage},
+      {values, "--port -- 5",
+       "64 Error: Missing value for '--port <port>'" + valuesUsage},
+      {values, "--scan --flag",
+       "64 Error: Missing value for '--scan <scan>'" + valuesUsage},
+      {values, "--up-to a --flag d",
+       "64 Error: Unexpected argument 'd'" + valuesUsage},
+      {values, "--flag=x",
+       "64 Error: The option '--flag' does not take any value, but 'x' was "
+       "specified." +
+           valuesUsage},
+      {flags, "", "ran 0 0 1 0 - 0 0 0 - "},
+      {flags,
+       "-ab --no-cache --enable-color --disable-color --fast -vvv "
+       "--verbose -abc",
+       "ran 1 1 0 0 0 0 4 1 - "},
+      {flags, "--high --low --slow --slow -ao v", "ran 1 0 1 0 1 1 0 0 'v' "},
+      {flags, "--cache --no-cache",
+       "64 Error: Value to be set with flag '--no-cache' had already been set "
+       "with flag '--cache'" +
+           flagsUsage},
+      {flags, "--fast -ab --slow",
+       "64 Error: Value to be set with flag '--slow' had already been set "
+       "with flag '--fast'" +
+           flagsUsage},
+      {flags, "-oa v",
+       "64 Error: Missing value for '-o <output>'" + flagsUsage},
+      {flags, "-beta", "64 Error: Unknown option '-e'" + flagsUsage},
+      {flags, "---x", "64 Error: Invalid option: ---x" + flagsUsage},
+      {positionals, "a", "ran 'a' - [ ] 0 "},
+      {positionals, "a --force b c -- -d --e",
+       "ran 'a' 'b' [ 'c' '-d' '--e' ] 1 "},
+      // A suggestion is made up to an edit distance of three characters.
+      {positionals, "x --fo",
+       "64 Error: Unknown option '--fo'. Did you mean '--force'?" +
+           positionalsUsage},
+      {positionals, "x --f",
+       "64 Error: Unknown option '--f'" + positionalsUsage},
+      {positionals, "x --f\u00e9\u00e9ce",
+       "64 Error: Unknown option '--f\u00e9\u00e9ce'. Did you mean "
+       "'--force'?" +
+           positionalsUsage},
+      {tool, "", "ran 0 - [ ] "},
+      {tool, "a b", "ran 0 - [ 'a' 'b' ] "},
+      {tool, "secret", "ran secret"},
+      {tool, "-- idle", "ran 0 - [ 'idle' ] "},
+      {tool, "--verbose --profile p file-sync x", "ran 1 'p' [ 'x' ] "},
+      {tool, "x --verbose -- -y", "ran 1 - [ 'x' '-y' ] "},
+      {tool, "--help", "0 " + toolHelp},
+      {tool, "help", "0 " + toolHelp},
+      {tool, "x --help", "0 " + toolHelp},
+      {tool, "help file-sync", "0 " + fileSyncHelp},
+      {tool, "file-sync -h", "0 " + fileSyncHelp},
+      {tool, "idle", tool("help idle")},
+      {tool, "--version", "0 1.0.0"},
+      {tool, "file-sync --version", "0 1.0.0"},
+      // The built-in --version is no declaration and suggests nothing.
+      {tool, "--versoin",
+       "64 Error: Unknown option '--versoin'. Did you mean '--verbose'?\n"
+       "Usage: tool file-sync [--verbose] [--profile <profile>] [<paths> "
+       "...]\n  See 'tool file-sync --help' for more information."},
+      {tool, "idle a b c",
+       "64 Error: 3 unexpected arguments: 'a', 'b', 'c'\nUsage: tool idle\n"
+       "  See 'tool idle --help' for more information."},
+      {tool, "----",
+       "64 Error: Invalid option: ----\nUsage: tool [--verbose] [--profile "
+       "<profile>] <subcommand>\n  See 'tool --help' for more information."},
+      {checked, "--mode fine", "ran 'fine' "},
+      {checked, "--mode bad", "64 Error: mode must not be bad" + checkedUsage},
+      {checked, "--mode empty", "64 " + checkedUsage.substr(1)},
+      {checked, "--mode exit", "3 "},
+      {checked, "--mode clean", "0 all done"},
+      {checked, "--mode other", "1 Error: boom"},
+      {checked, "--mode bad --help", "0 " + checkedHelp},
+      {checked, "",
+       "64 Error: Missing expected argument '--mode <mode>'\n\n" + checkedHelp},
+      {checked, "--mode a --", "ran 'a' "},
+      {checked, "--mode a -- x",
+       "64 Error: Unexpected argument 'x'" + checkedUsage},
+      {checked, "--mode a --version",
+       "64 Error: Unknown option '--version'" + checkedUsage},
+  };
+  for (const Row &row : rows) {
+    SCOPED_TRACE(row.line);
+    EXPECT_EQ(row.outcome(row.line), row.expected);
+  }
+}
+
+/// Labels of 23 and 24 characters, a multi-line abstract, a discussion, a
+/// hidden flag, a custom value name, and characters of several bytes.
+struct Layout : ParsableCommand<Layout> {
+  static constexpr std::string_view typeName = "Layout";
+  static CommandConfiguration configuration() {
+    return {.abstract = "Lays out help text so that it can be checked.",
+            .discussion = "More about it."};
+  }
+  bool fits = false, below = false, multi = false, discuss = false,
+       secret = false, words = false;
+  std::optional<std::string> value;
+  static Arguments<Layout> arguments() {
+    return {
+        flag(&Layout::fits, "fits")
+            .name(customLong("aaaaaaaaaaaaaaaaaaaaa"))
+            .help("Fits beside."),
+        flag(&Layout::below, "below")
+            .name(customLong("bbbbbbbbbbbbbbbbbbbbbb"))
+            .help("Goes below."),
+        flag(&Layout::multi, "multi").help("First line\nSecond line"),
+        flag(&Layout::discuss, "discuss")
+            .help(ArgumentHelp("Short.", "A longer discussion that explains.")),
+        flag(&Layout::secret, "secret").help(ArgumentHelp::hidden()),
+        option(&Layout::value, "value")
+            .help(ArgumentHelp("Custom value name.", "", "path")),
+        flag(&Layout::words, "words").help("déjà vu 💡💡 three four five six"),
+    };
+  }
+};
+
+TEST(EngineTest, RendersHelpAtTheGivenWidth) {
+  const std::string rows[][2] = {
+      {Layout::helpMessage(40), R"(OVERVIEW: Lays out help text so that it
+can be checked.
+More about it.
+
+
+USAGE: layout [--aaaaaaaaaaaaaaaaaaaaa] [--bbbbbbbbbbbbbbbbbbbbbb] [--multi] [--discuss] [--value <path>] [--words]
+
+OPTIONS:
+  --aaaaaaaaaaaaaaaaaaaaa Fits beside.
+  --bbbbbbbbbbbbbbbbbbbbbb
+                          Goes below.
+  --multi                 First line
+                          Second line
+  --discuss               Short.
+        A longer discussion that
+        explains.
+  --value <path>          Custom value
+                          name.
+  --words                 déjà vu 💡💡
+                          three four
+                          five six
+  -h, --help              Show help
+                          information.
+)"},
+      {Flags::helpMessage(80), R"(USAGE: flags <options>
+
+OPTIONS:
+  -a, --alpha
+  -b, --beta
+  --cache/--no-cache      Use the cache (default: true)
+  --enable-color/--disable-color
+                          (default: false)
+  --fast/--slow
+  --low                   Go low (default: low)
+  --high                  Go high (default: low)
+  -v, --verbose
+  -abc
+  -o, --output <output>
+  -h, --help              Show help information.
+)"},
+  };
+  for (const auto &[actual, expected] : rows)
+    EXPECT_EQ(actual, expected);
+}
+
+/// Declarations with every fault the validators know.
+struct Faulty : ParsableCommand<Faulty> {
+  static constexpr std::string_view typeName = "Faulty";
+  std::vector<std::string> all;
+  std::string after;
+  bool a = false, b = false;
+  std::optional<std::string> again;
+  static Arguments<Faulty> arguments() {
+    return {argument(&Faulty::all, "all"), argument(&Faulty::after, "after"),
+            flag(&Faulty::a, "a").name(shortAndLong),
+            flag(&Faulty::b, "b").name({customLong("a")}),
+            option(&Faulty::again, "a")};
+  }
+};
+struct FaultyRoot : ParsableCommand<FaultyRoot> {
+  static constexpr std::string_view typeName = "FaultyRoot";
+  static CommandConfiguration configuration() {
+    return {.subcommands = {&commandType<Faulty>()}};
+  }
+};
+
+TEST(EngineTest, ValidationFindsEveryFaultOfADeclarationTree) {
+  using Fault = ParsableArgumentsValidationError;
+  const std::vector<Fault> expected = {
+      {"Faulty", "positional 'after' follows the repeating positional 'all' "
+                 "and can never get a value"},
+      {"Faulty", "key 'a' is declared twice"},
+      {"Faulty", "name '--a' is declared twice"},
+      {"Faulty", "name '--a' is declared twice"},
+  };
+  EXPECT_EQ(ParsableArgumentsValidator::validate(commandType<FaultyRoot>()),
+            expected);
+}
+
+} // namespace
+} // namespace argtest

@@ -75,7 +75,7 @@ struct Case {
   Items storedAfter;
 };
 
-TEST(AccountTest, StoreFaultsSilentLookupsAndReturningExits) {
+TEST(AccountOperationsTest, StoreFaultsSilentLookupsAndReturningExits) {
   const Case cases[] = {
       {"signed in already, the exit returns: refused, then signed in",
        with(account, {{"username", "someone"}}), noFault, 570, signIn,

@@ -49,7 +49,7 @@ const std::string notSignedIn =
     "subcommand to sign into console.\n\n";
 const std::string uploadedAll = "blob App.pkg; blob App.plist; blob icon.png";
 
-TEST(UploadTest, StopsWhereEachFailureSaysWhenTheExitReturns) {
+TEST(UploadControllerTest, StopsWhereEachFailureSaysWhenTheExitReturns) {
   const Case cases[] = {
       {"an empty username: nothing is sent", "", false, "App.pkg", allThree,
        std::nullopt, notSignedIn, std::vector{46}, ""},
@@ -109,7 +109,7 @@ TEST(UploadTest, StopsWhereEachFailureSaysWhenTheExitReturns) {
 
 // The client sets no time limit of its own: a console that takes its time
 // is waited for, however long.
-TEST(UploadTest, WaitsForAConsoleThatTakesItsTime) {
+TEST(UploadControllerTest, WaitsForAConsoleThatTakesItsTime) {
   using namespace std::chrono_literals;
   mockconsole::MockConsole console;
   console.addAccount({"alice", "pw", "key"});

@@ -52,7 +52,9 @@ std::string wrapped(std::string_view text, std::size_t columns,
   Characters characters = splitGraphemes(text);
   const std::size_t count = characters.size();
   std::vector<std::string> lines;
-  if (columns <= wrappingIndent) {
+  // A width of zero is a width like any other (every word goes on a line
+  // of its own); only an indent beyond the columns leaves nothing to wrap.
+  if (columns < wrappingIndent) {
     addLinesSplitAtBreaks(characters, 0, count, lines);
     return indentAndJoin(lines, wrappingIndent);
   }

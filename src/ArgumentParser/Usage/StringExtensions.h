@@ -10,8 +10,9 @@ namespace argparse {
 /// \p text broken into lines of at most \p columns characters, every line
 /// but empty ones indented by \p wrappingIndent spaces. Breaks at the last
 /// blank that fits, keeps the text's own line breaks, and lets a word longer
-/// than the width overflow. When \p columns leaves no room after the indent,
-/// the text keeps its own line breaks only.
+/// than the width overflow. When \p columns is exactly the indent, every
+/// word is a line of its own; when it is less, the text keeps its own line
+/// breaks only.
 std::string wrapped(std::string_view text, std::size_t columns,
                     std::size_t wrappingIndent = 0);
 

@@ -6,6 +6,7 @@
 #include <iterator>
 #include <limits>
 #include <memory>
+#include <string_view>
 
 #include <plist/plist.h>
 
@@ -19,6 +20,119 @@ using PlistPointer = std::unique_ptr<void, PlistDeleter>;
 
 struct MallocDeleter {
   void operator()(char *text) const noexcept { std::free(text); }
+};
+
+constexpr std::string_view binaryMagic = "bplist00";
+constexpr std::size_t binaryTrailerSize = 32;
+
+// The unsigned big-endian number of \p size bytes at \p at.
+std::optional<std::uint64_t> bigEndian(std::string_view bytes, std::uint64_t at,
+                                       std::uint64_t size) {
+  if (size == 0 || size > 8 || at > bytes.size() || bytes.size() - at < size)
+    return std::nullopt;
+  std::uint64_t value = 0;
+  for (std::uint64_t i = 0; i < size; ++i)
+    value = value << 8 | static_cast<unsigned char>(bytes[at + i]);
+  return value;
+}
+
+// One object of a binary list: its type (the marker's high four bits), its
+// count (bytes of an ASCII string, entries of a dictionary) and where its
+// contents begin.
+struct BinaryObject {
+  unsigned type = 0;
+  std::uint64_t count = 0;
+  std::uint64_t contents = 0;
+};
+
+// Just enough of the binary format to find an ASCII string in the top
+// dictionary. libplist measures such a string up to its first NUL; this
+// reads all the bytes the list gives it.
+class BinaryList {
+public:
+  explicit BinaryList(std::string_view bytes) : bytes(bytes) {
+    if (bytes.size() < binaryMagic.size() + binaryTrailerSize ||
+        bytes.substr(0, binaryMagic.size()) != binaryMagic)
+      return;
+    const std::uint64_t trailer = bytes.size() - binaryTrailerSize;
+    offsetSize = static_cast<unsigned char>(bytes[trailer + 6]);
+    referenceSize = static_cast<unsigned char>(bytes[trailer + 7]);
+    objectCount = bigEndian(bytes, trailer + 8, 8).value_or(0);
+    top = bigEndian(bytes, trailer + 16, 8).value_or(0);
+    tableOffset = bigEndian(bytes, trailer + 24, 8).value_or(0);
+  }
+
+  std::optional<std::string> asciiValue(std::string_view key) const {
+    std::optional<BinaryObject> dictionary = object(top);
+    if (!dictionary || dictionary->type != 0xD)
+      return std::nullopt;
+    const std::uint64_t entries = dictionary->count;
+    if (entries > bytes.size())
+      return std::nullopt;
+    for (std::uint64_t i = 0; i < entries; ++i) {
+      std::optional<std::string_view> name =
+          ascii(reference(dictionary->contents, i));
+      if (!name || *name != key)
+        continue;
+      if (std::optional<std::string_view> value =
+              ascii(reference(dictionary->contents, entries + i)))
+        return std::string(*value);
+      return std::nullopt;
+    }
+    return std::nullopt;
+  }
+
+private:
+  std::optional<std::uint64_t> reference(std::uint64_t at,
+                                         std::uint64_t index) const {
+    if (referenceSize == 0 || index > bytes.size() / referenceSize)
+      return std::nullopt;
+    return bigEndian(bytes, at + index * referenceSize, referenceSize);
+  }
+
+  std::optional<BinaryObject> object(std::optional<std::uint64_t> ref) const {
+    if (!ref || *ref >= objectCount || offsetSize == 0 ||
+        *ref > bytes.size() / offsetSize)
+      return std::nullopt;
+    std::optional<std::uint64_t> offset =
+        bigEndian(bytes, tableOffset + *ref * offsetSize, offsetSize);
+    if (!offset || *offset >= bytes.size())
+      return std::nullopt;
+    const auto marker = static_cast<unsigned char>(bytes[*offset]);
+    BinaryObject found{static_cast<unsigned>(marker >> 4u), marker & 0xFu,
+                       *offset + 1};
+    if (found.count == 0xF) {
+      // The count follows as an integer object of 2^n bytes.
+      std::optional<std::uint64_t> integer =
+          bigEndian(bytes, found.contents, 1);
+      if (!integer || (*integer >> 4u) != 1 || (*integer & 0xFu) > 3)
+        return std::nullopt;
+      const std::uint64_t size = std::uint64_t{1} << (*integer & 0xFu);
+      std::optional<std::uint64_t> count =
+          bigEndian(bytes, found.contents + 1, size);
+      if (!count)
+        return std::nullopt;
+      found.count = *count;
+      found.contents += 1 + size;
+    }
+    return found;
+  }
+
+  std::optional<std::string_view>
+  ascii(std::optional<std::uint64_t> ref) const {
+    std::optional<BinaryObject> found = object(ref);
+    if (!found || found->type != 0x5 || found->contents > bytes.size() ||
+        bytes.size() - found->contents < found->count)
+      return std::nullopt;
+    return bytes.substr(found->contents, found->count);
+  }
+
+  std::string_view bytes;
+  unsigned offsetSize = 0;
+  unsigned referenceSize = 0;
+  std::uint64_t objectCount = 0;
+  std::uint64_t top = 0;
+  std::uint64_t tableOffset = 0;
 };
 
 } // namespace
@@ -46,12 +160,28 @@ readPropertyListString(const std::filesystem::path &path,
   plist_t item = plist_dict_get_item(root, key.c_str());
   if (!item || plist_get_node_type(item) != PLIST_STRING)
     return std::nullopt;
-  char *value = nullptr;
-  plist_get_string_val(item, &value);
-  std::unique_ptr<char, MallocDeleter> valueOwner(value);
+  if (bytes.compare(0, binaryMagic.size(), binaryMagic) != 0) {
+    // An XML list can't hold a NUL: the text is what comes before one.
+    char *value = nullptr;
+    plist_get_string_val(item, &value);
+    std::unique_ptr<char, MallocDeleter> valueOwner(value);
+    if (!value)
+      return std::nullopt;
+    return std::string(value);
+  }
+  std::uint64_t length = 0;
+  const char *value = plist_get_string_ptr(item, &length);
   if (!value)
     return std::nullopt;
-  return std::string(value);
+  std::string text(value, length);
+  // A NUL in an ASCII string ends libplist's copy of it; the whole string is
+  // taken from the list when it begins with that copy.
+  std::optional<std::string> whole = BinaryList(bytes).asciiValue(key);
+  if (whole && whole->size() > text.size() &&
+      whole->compare(0, text.size(), text) == 0 &&
+      (*whole)[text.size()] == '\0')
+    return whole;
+  return text;
 }
 
 } // namespace platform

@@ -1,33 +1,38 @@
 #include "Platform/TerminalPrompt.h"
 
 #include <array>
+#include <atomic>
 #include <cassert>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <mutex>
 
 #include <fcntl.h>
+#include <pthread.h>
 #include <termios.h>
 #include <unistd.h>
 
 namespace platform {
 namespace {
 
-// Reads one line from \p fd a byte at a time: a terminal in canonical mode
-// hands out whole lines anyway, and from a pipe this never takes more than
-// the line, so the rest stays for the next reader.
-std::optional<std::string> readLineFrom(int fd) {
-  std::string line;
+enum class ReadOutcome { line, endOfInput, failed };
+
+// Reads one line from \p fd into \p line a byte at a time: a terminal in
+// canonical mode hands out whole lines anyway, and from a pipe this never
+// takes more than the line, so the rest stays for the next reader. The end
+// of input before any byte is endOfInput; text cut short by it is a line.
+ReadOutcome readLineFrom(int fd, std::string &line) {
+  line.clear();
   bool readAnything = false;
   bool sawLineBreak = false;
-  bool tooLong = false;
   for (;;) {
     char byte = 0;
     ssize_t count = ::read(fd, &byte, 1);
     if (count < 0) {
       if (errno == EINTR)
         continue;
-      return std::nullopt;
+      return ReadOutcome::failed;
     }
     if (count == 0)
       break;
@@ -36,16 +41,13 @@ std::optional<std::string> readLineFrom(int fd) {
       sawLineBreak = true;
       break;
     }
-    if (line.size() < maxPromptLineLength)
-      line.push_back(byte);
-    else
-      tooLong = true;
+    line.push_back(byte);
   }
-  if (!readAnything || tooLong)
-    return std::nullopt;
+  if (!readAnything)
+    return ReadOutcome::endOfInput;
   if (sawLineBreak && !line.empty() && line.back() == '\r')
     line.pop_back();
-  return line;
+  return ReadOutcome::line;
 }
 
 void writeAll(int fd, std::string_view bytes) {
@@ -74,6 +76,13 @@ struct EchoState {
 };
 EchoState echoState;
 
+// How many callers have the cursor hidden right now.
+std::atomic<int> hiddenCursors{0};
+static_assert(std::atomic<int>::is_always_lock_free,
+              "read in a signal handler");
+
+constexpr std::string_view showCursor = "\x1b[?25h";
+
 constexpr std::array terminatingSignals = {SIGINT, SIGTERM, SIGHUP, SIGQUIT};
 
 void turnEchoOff() {
@@ -93,13 +102,22 @@ void restoreEcho() {
   echoState.echoIsOff = 0;
 }
 
+void setDefaultAction(int signalNumber) {
+  struct sigaction action {};
+  action.sa_handler = SIG_DFL;
+  sigemptyset(&action.sa_mask);
+  ::sigaction(signalNumber, &action, nullptr);
+}
+
 extern "C" void onTerminatingSignal(int signalNumber) {
   int savedErrno = errno;
   restoreEcho();
+  if (hiddenCursors.load() > 0)
+    writeAll(STDOUT_FILENO, showCursor);
   // The signal is blocked while its handler runs, so this one stays pending
   // and ends the process with the default action as soon as we return.
-  std::signal(signalNumber, SIG_DFL);
-  std::raise(signalNumber);
+  setDefaultAction(signalNumber);
+  ::raise(signalNumber);
   errno = savedErrno;
 }
 
@@ -110,8 +128,8 @@ extern "C" void onStopSignal(int) {
     echoState.stoppedWhileOff = 1;
   }
   // Pending until we return; then the process stops with echo on.
-  std::signal(SIGTSTP, SIG_DFL);
-  std::raise(SIGTSTP);
+  setDefaultAction(SIGTSTP);
+  ::raise(SIGTSTP);
   errno = savedErrno;
 }
 
@@ -149,10 +167,81 @@ sigset_t handledSignals() {
   return set;
 }
 
+// Blocks the handled signals in the calling thread for the lifetime of the
+// object, so that no handler runs here while settings and handlers change
+// together.
+class SignalsBlocked {
+public:
+  SignalsBlocked() {
+    sigset_t blocked = handledSignals();
+    ::pthread_sigmask(SIG_BLOCK, &blocked, &previousMask);
+  }
+  ~SignalsBlocked() { ::pthread_sigmask(SIG_SETMASK, &previousMask, nullptr); }
+  SignalsBlocked(const SignalsBlocked &) = delete;
+  SignalsBlocked &operator=(const SignalsBlocked &) = delete;
+
+private:
+  sigset_t previousMask{};
+};
+
+struct PreviousAction {
+  struct sigaction action {};
+  bool replaced = false;
+};
+
+void installIfDefault(int signalNumber, void (*handler)(int),
+                      PreviousAction &previous) {
+  previous.replaced = false;
+  if (::sigaction(signalNumber, nullptr, &previous.action) != 0)
+    return;
+  // An ignored signal cannot disturb the terminal, and a handler of the
+  // program's own takes care of the terminal itself.
+  if (previous.action.sa_handler != SIG_DFL ||
+      (previous.action.sa_flags & SA_SIGINFO))
+    return;
+  struct sigaction action {};
+  action.sa_handler = handler;
+  action.sa_flags = SA_RESTART;
+  sigemptyset(&action.sa_mask);
+  previous.replaced = ::sigaction(signalNumber, &action, nullptr) == 0;
+}
+
+void restoreAction(int signalNumber, const PreviousAction &previous) {
+  if (previous.replaced)
+    ::sigaction(signalNumber, &previous.action, nullptr);
+}
+
+// The handler of the terminating signals is shared by a waiting prompt and
+// a hidden cursor: it is in place while either needs it, and the actions the
+// process had before come back when the last one is done.
+class TerminatingSignals {
+public:
+  void hold() {
+    std::lock_guard lock(mutex);
+    if (holders++ > 0)
+      return;
+    for (std::size_t i = 0; i < terminatingSignals.size(); ++i)
+      installIfDefault(terminatingSignals[i], onTerminatingSignal, previous[i]);
+  }
+
+  void release() {
+    std::lock_guard lock(mutex);
+    assert(holders > 0 && "released more often than held");
+    if (--holders > 0)
+      return;
+    for (std::size_t i = 0; i < terminatingSignals.size(); ++i)
+      restoreAction(terminatingSignals[i], previous[i]);
+  }
+
+private:
+  std::mutex mutex;
+  int holders = 0;
+  std::array<PreviousAction, terminatingSignals.size()> previous{};
+};
+TerminatingSignals terminating;
+
 // Turns echo off on a terminal for the lifetime of the object, with the
-// handlers that give the settings back on every way out. Signals are blocked
-// while settings and handlers change together, so no handler ever sees half
-// of a change.
+// handlers that give the settings back on every way out.
 class EchoOff {
 public:
   EchoOff(int fd, int promptFd, std::string_view prompt) {
@@ -160,23 +249,19 @@ public:
     termios current{};
     if (::tcgetattr(fd, &current) != 0)
       return;
-    sigset_t blocked = handledSignals();
-    ::pthread_sigmask(SIG_BLOCK, &blocked, &previousMask);
+    SignalsBlocked blocked;
     echoState.fd = fd;
     echoState.promptFd = promptFd;
     echoState.saved = current;
     echoState.prompt = prompt.data();
     echoState.promptSize = prompt.size();
     echoState.stoppedWhileOff = 0;
-    for (std::size_t i = 0; i < terminatingSignals.size(); ++i)
-      installIfDefault(terminatingSignals[i], onTerminatingSignal,
-                       previousActions[i]);
+    terminating.hold();
     installIfDefault(SIGTSTP, onStopSignal, previousStop);
     echoState.ownsStopSignal = previousStop.replaced;
     installIfDefault(SIGCONT, onContinue, previousContinue);
     turnEchoOff();
     active = true;
-    ::pthread_sigmask(SIG_SETMASK, &previousMask, nullptr);
   }
 
   EchoOff(const EchoOff &) = delete;
@@ -185,61 +270,32 @@ public:
   ~EchoOff() {
     if (!active)
       return;
-    sigset_t blocked = handledSignals();
-    sigset_t unused;
-    ::pthread_sigmask(SIG_BLOCK, &blocked, &unused);
+    // Anything that arrives meanwhile is delivered once the signals are
+    // unblocked, to the handlers the process had before.
+    SignalsBlocked blocked;
     restoreEcho();
-    for (std::size_t i = 0; i < terminatingSignals.size(); ++i)
-      restoreAction(terminatingSignals[i], previousActions[i]);
+    terminating.release();
     restoreAction(SIGTSTP, previousStop);
     restoreAction(SIGCONT, previousContinue);
     echoState = EchoState{};
-    // Anything that arrived meanwhile is delivered now, to the handlers the
-    // process had before.
-    ::pthread_sigmask(SIG_SETMASK, &previousMask, nullptr);
   }
 
   /// Whether echo was turned off, so the typed line break was not shown.
   bool isActive() const noexcept { return active; }
 
 private:
-  struct Previous {
-    struct sigaction action {};
-    bool replaced = false;
-  };
-
-  static void installIfDefault(int signalNumber, void (*handler)(int),
-                               Previous &previous) {
-    if (::sigaction(signalNumber, nullptr, &previous.action) != 0)
-      return;
-    // An ignored signal cannot disturb the read, and a handler of the
-    // program's own takes care of the terminal itself.
-    if (previous.action.sa_handler != SIG_DFL ||
-        (previous.action.sa_flags & SA_SIGINFO))
-      return;
-    struct sigaction action {};
-    action.sa_handler = handler;
-    action.sa_flags = SA_RESTART;
-    sigemptyset(&action.sa_mask);
-    previous.replaced = ::sigaction(signalNumber, &action, nullptr) == 0;
-  }
-
-  static void restoreAction(int signalNumber, const Previous &previous) {
-    if (previous.replaced)
-      ::sigaction(signalNumber, &previous.action, nullptr);
-  }
-
   bool active = false;
-  sigset_t previousMask{};
-  std::array<Previous, terminatingSignals.size()> previousActions{};
-  Previous previousStop;
-  Previous previousContinue;
+  PreviousAction previousStop;
+  PreviousAction previousContinue;
 };
 
 } // namespace
 
 std::optional<std::string> readLineFromStandardInput() {
-  return readLineFrom(STDIN_FILENO);
+  std::string line;
+  if (readLineFrom(STDIN_FILENO, line) != ReadOutcome::line)
+    return std::nullopt;
+  return line;
 }
 
 std::optional<std::string> readLineWithoutEcho(std::string_view prompt) {
@@ -247,17 +303,32 @@ std::optional<std::string> readLineWithoutEcho(std::string_view prompt) {
   int terminalFd = ::open("/dev/tty", O_RDWR | O_NOCTTY | O_CLOEXEC);
   int inputFd = terminalFd >= 0 ? terminalFd : STDIN_FILENO;
   int promptFd = terminalFd >= 0 ? terminalFd : STDERR_FILENO;
-  std::optional<std::string> line;
+  std::string line;
+  ReadOutcome outcome = ReadOutcome::failed;
   {
     EchoOff echoOff(inputFd, promptFd, prompt);
     writeAll(promptFd, prompt);
-    line = readLineFrom(inputFd);
+    outcome = readLineFrom(inputFd, line);
     if (echoOff.isActive())
       writeAll(promptFd, "\n");
   }
   if (terminalFd >= 0)
     ::close(terminalFd);
+  if (outcome == ReadOutcome::failed)
+    return std::nullopt;
   return line;
+}
+
+void noteCursorHidden() {
+  SignalsBlocked blocked;
+  terminating.hold();
+  hiddenCursors.fetch_add(1);
+}
+
+void noteCursorShown() {
+  SignalsBlocked blocked;
+  hiddenCursors.fetch_sub(1);
+  terminating.release();
 }
 
 } // namespace platform

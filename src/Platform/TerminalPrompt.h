@@ -1,16 +1,11 @@
 #ifndef KESTRUNECLI_PLATFORM_TERMINALPROMPT_H
 #define KESTRUNECLI_PLATFORM_TERMINALPROMPT_H
 
-#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
 
 namespace platform {
-
-/// The longest line the prompts accept, line break excluded. A longer line is
-/// read to its end and then refused, so that no input can exhaust memory.
-constexpr std::size_t maxPromptLineLength = 64 * 1024;
 
 /// Reads one line from standard input, as typed, without a prompt. The line
 /// break ("\n" or "\r\n") is removed; text cut short by the end of input is
@@ -20,8 +15,8 @@ constexpr std::size_t maxPromptLineLength = 64 * 1024;
 /// stdio buffer, so whatever follows the line stays there for the next read
 /// (another prompt, or a secret read from a pipe).
 ///
-/// Returns std::nullopt at the end of input with nothing read, on a read
-/// error, and for a line longer than maxPromptLineLength.
+/// A line of any length is read whole. Returns std::nullopt at the end of
+/// input with nothing read, and on a read error.
 [[nodiscard]] std::optional<std::string> readLineFromStandardInput();
 
 /// Shows \p prompt and reads one line with echo turned off, the way the C
@@ -38,7 +33,8 @@ constexpr std::size_t maxPromptLineLength = 64 * 1024;
 ///   prompt is shown, and the terminal's previous settings come back on every
 ///   way out: after the line, at the end of input, on a read error, and when
 ///   SIGINT, SIGTERM, SIGHUP or SIGQUIT arrives while waiting; those signals
-///   are then raised again with their default action. SIGTSTP (Ctrl-Z)
+///   are then raised again with their default action (see also
+///   noteCursorHidden, which shares these handlers). SIGTSTP (Ctrl-Z)
 ///   restores the settings and stops the process; when it is continued in the
 ///   foreground, echo is turned off again, the prompt is shown again and the
 ///   read goes on. Signals that the process ignores or handles itself are left
@@ -46,11 +42,25 @@ constexpr std::size_t maxPromptLineLength = 64 * 1024;
 /// - When echo was turned off, one line break is written to the terminal after
 ///   the answer, since the typed one was not shown.
 ///
-/// The line break is removed as in readLineFromStandardInput. Returns
-/// std::nullopt when the end of input comes before any character, on a read
-/// error, and for a line longer than maxPromptLineLength.
+/// The line break is removed as in readLineFromStandardInput, and a line of
+/// any length is read whole. As with getpass, the end of input before any
+/// character (Ctrl-D on an empty line) gives the empty text: the user
+/// answered nothing. Returns std::nullopt only on a read error.
 [[nodiscard]] std::optional<std::string>
 readLineWithoutEcho(std::string_view prompt);
+
+/// Tells that the tool is about to hide the cursor on standard output (a
+/// spinner starts). Until the matching noteCursorShown, SIGINT, SIGTERM,
+/// SIGHUP and SIGQUIT, when the process leaves them to their default action,
+/// first show the cursor again ("\x1b[?25h" on standard output, and echo
+/// back on when a prompt has it off) and then end the process by the same
+/// signal, so the user's shell gets its terminal back as it was and sees the
+/// usual status. Calls nest and may come from any thread.
+void noteCursorHidden();
+
+/// Tells that the cursor hidden since the matching noteCursorHidden has been
+/// shown again.
+void noteCursorShown();
 
 } // namespace platform
 

@@ -2,6 +2,7 @@
 
 #include "Platform/Graphemes.h"
 #include "Platform/StandardOutput.h"
+#include "Platform/TerminalPrompt.h"
 #include "TextStyling/TextStyling.h"
 
 #include <cassert>
@@ -77,21 +78,28 @@ Spinner::Spinner(const SpinnerPattern &pattern, std::string text,
 }
 
 Spinner::~Spinner() {
+  bool wasRunning = false;
   {
     std::lock_guard lock(mutex);
     closing = true;
+    wasRunning = running;
   }
   wakeUp.notify_all();
   if (queue.joinable())
     queue.join();
   platform::writeOut(showCursor);
   platform::flushOut();
+  if (wasRunning)
+    platform::noteCursorShown();
 }
 
 void Spinner::start() {
   std::unique_lock lock(mutex);
   if (running)
     return;
+  // Noted first, so that a signal that ends the process from here on shows
+  // the cursor again.
+  platform::noteCursorHidden();
   platform::writeOut(hideCursor);
   platform::flushOut();
   running = true;
@@ -184,6 +192,7 @@ bool Spinner::stopLocked(std::optional<std::string> text,
   nextRedraw.reset();
   platform::writeOut(showCursor);
   platform::flushOut();
+  platform::noteCursorShown();
   platform::writeOut(terminator);
   return true;
 }

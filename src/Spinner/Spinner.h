@@ -36,7 +36,9 @@ public:
   Spinner &operator=(const Spinner &) = delete;
 
   /// Hides the cursor and begins the redraws: the first at once, then one
-  /// every `speed` seconds. Does nothing when already running.
+  /// every `speed` seconds. Does nothing when already running. While it
+  /// runs, SIGINT, SIGTERM, SIGHUP or SIGQUIT that end the process show the
+  /// cursor again first (see platform::noteCursorHidden).
   void start();
 
   /// Ends the animation with a final drawing. \p text, when given, replaces

@@ -10,7 +10,8 @@ namespace kestrune {
 /// controlling terminal with echo off (see platform::readLineWithoutEcho), so
 /// they never show.
 ///
-/// Each field gets at most two prompts: an empty first answer prints
+/// Each field gets at most two prompts: an empty first answer (for a secret,
+/// the end of input counts as one, as with getpass) prints
 /// "❗️Error: The entered {name} is empty. Please enter the {name}." and
 /// asks again; an empty second answer is returned as it is. Answers are not
 /// trimmed: a blank is a character.

@@ -1,212 +1,247 @@
-// One suite of behaviour that every item store shows through a Keychain:
-// the memory store, the file store in a temporary directory, and the Secret
-// Service of the session bus (skipped when none runs).
+// What a Keychain does on each real item store: the file store in a
+// temporary folder, and the Secret Service of the session bus (skipped when
+// none runs). One row per behaviour, each on a service of its own.
 
 #include "SecureStore/FileItemStore.h"
-#include "SecureStore/Keychain.h"
-#include "Support/MemoryItemStore.h"
 #include "SecureStore/SecConstants.h"
 #include "SecureStore/SecretServiceItemStore.h"
-#include "Support/TestSupport.h"
+#include "StoreTesting.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
+#include <algorithm>
 #include <random>
 
 namespace securestore {
 namespace {
 
-using testing::UnorderedElementsAre;
-
-Value text(std::string_view value) { return std::string(value); }
-
-std::string uniqueSuffix() {
-  std::random_device device;
-  return std::to_string(device()) + std::to_string(device());
-}
-
-struct MemoryStore {
-  MemoryItemStore store;
-  ItemStore *get() { return &store; }
-  std::string skipReason() const { return {}; }
-};
-
 struct FileStore {
   testsupport::TempDir directory;
-  FileItemStore store{directory.path() / "kestrune-cli" / "keychain"};
-  ItemStore *get() { return &store; }
-  std::string skipReason() const { return {}; }
+  std::unique_ptr<ItemStore> store = std::make_unique<FileItemStore>(
+      directory.path() / "kestrune-cli" / "keychain");
+  std::string reason;
 };
 
 struct SecretServiceStore {
   std::string reason;
   std::unique_ptr<ItemStore> store = openSecretServiceItemStore(&reason);
-  ItemStore *get() { return store.get(); }
-  std::string skipReason() const {
-    return store ? std::string() : "no Secret Service: " + reason;
-  }
 };
 
-template <typename S> class ItemStoreTest : public testing::Test {
-protected:
-  void SetUp() override {
-    if (std::string reason = fixture.skipReason(); !reason.empty())
-      GTEST_SKIP() << reason;
-  }
-  void TearDown() override {
-    if (fixture.get())
-      for (const std::string &service : services)
-        Keychain(service).withItemStore(*fixture.get()).removeAll();
-  }
+std::string g(const Keychain &k, const std::string &key, bool any = true) {
+  return k.get(key, any).value_or("absent") + " ";
+}
 
-  // A keychain of a service that no other test uses, so that tests on a
-  // shared Secret Service never meet each other's items.
-  Keychain keychain(const std::string &name = "main") {
-    std::string service = "kestrune-test-" + name + "-" + uniqueSuffix();
-    services.push_back(service);
-    return Keychain(service).withItemStore(*fixture.get());
-  }
+std::string unique() {
+  std::random_device device;
+  return std::to_string(device()) + std::to_string(device());
+}
 
-  ItemStore &store() { return *fixture.get(); }
+const Bytes binary = {0x00, 0xFF, 0x0A, 0x00, 0x80, 'x'};
+const Bytes latin1 = {'c', 'a', 'f', 0xE9};
+const std::string noText = "failed to convert data to string\n";
 
-  S fixture;
-  std::vector<std::string> services;
+struct Row {
+  std::string name;
+  std::function<std::string(const Keychain &k)> run;
+  std::string expected;
 };
 
-TYPED_TEST_SUITE_P(ItemStoreTest);
+const Row rows[] = {
+    {"values are stored, replaced and removed",
+     [](const Keychain &k) {
+       std::string s = g(k, "u") + std::to_string(k.contains("u"));
+       k.set("alice", "u");
+       s += g(k, "u") + std::to_string(k.contains("u"));
+       k.set("bob", "u");
+       s += g(k, "u");
+       k.remove("u");
+       k.remove("u");
+       return s + g(k, "u") + std::to_string(k.contains("u"));
+     },
+     "=> absent 0alice 1bob absent 0"},
+    {"every byte of a value is kept",
+     [](const Keychain &k) {
+       k.set(binary, "b");
+       k.set("", "e");
+       k.set("🔑 ünïcode\n\ttext", "t");
+       return std::to_string(k.getData("b") == binary) + g(k, "e") + g(k, "t");
+     },
+     "=> 1 🔑 ünïcode\n\ttext "},
+    {"changing one item keeps the others",
+     [](const Keychain &k) {
+       k.set("1", "a"), k.set("2", "b"), k.set("3", "c"), k.set("two", "b");
+       k.remove("c");
+       std::vector<std::string> keys = k.allKeys();
+       std::sort(keys.begin(), keys.end());
+       return g(k, "a") + g(k, "b") + g(k, "c") + keys.at(0) + keys.at(1);
+     },
+     "=> 1 two absent ab"},
+    {"services keep their own items",
+     [](const Keychain &k) {
+       Keychain other =
+           Keychain(k.service() + "-other").withItemStore(k.getItemStore());
+       k.set("one", "key");
+       other.set("two", "key");
+       k.removeAll();
+       std::string s = g(k, "key") + g(other, "key");
+       other.removeAll();
+       return s + g(other, "key");
+     },
+     "=> absent two absent "},
+    {"synchronizable items are seen only when asked",
+     [](const Keychain &k) {
+       Keychain cloud = k.synchronizable(true);
+       cloud.set("cloud", "key", false);
+       std::string s =
+           g(k, "key", false) + g(cloud, "key", false) + g(k, "key");
+       k.set("here", "key", false);
+       return s + g(k, "key", false) + g(cloud, "key", false);
+     },
+     "=> absent cloud cloud here cloud "},
+    {"attributes are kept, configured ones win, and an update rewrites "
+     "accessibility",
+     [](const Keychain &k) {
+       k.label("label")
+           .comment("comment")
+           .accessibility(Accessibility::whenUnlocked)
+           .attributes({{kSecAttrGeneric, toBytes("gen")}})
+           .attributes({{kSecAttrLabel, std::string("wins")}})
+           .set("v", "key");
+       auto show = [&] {
+         Attributes a = k.subscriptAttributes("key").value();
+         return toText(*a.data()) + " " + *a.label() + " " +
+                a.comment().value_or("-") + " " + *a.accessible() + " " +
+                toText(a.generic().value_or(Bytes{})) + " " +
+                std::to_string(*a.account() == "key" &&
+                               *a.service() == k.service()) +
+                "|";
+       };
+       std::string s = show();
+       k.set("w", "key");
+       return s + show();
+     },
+     "=> v wins comment " + std::string(kSecAttrAccessibleWhenUnlocked) +
+         " gen 1|w wins comment " + kSecAttrAccessibleAfterFirstUnlock +
+         " gen 1|"},
+    {"the items are listed with readable keys",
+     [](const Keychain &k) {
+       k.set("1", "a");
+       std::string text = k.description();
+       text.replace(text.find(k.service()), k.service().size(), "S");
+       return text;
+     },
+     "=> [\n  [\"accessibility\": \"AfterFirstUnlock\", \"class\": "
+     "\"GenericPassword\", \"key\": \"a\", \"service\": \"S\", "
+     "\"synchronizable\": \"false\"]\n]"},
+    {"the class-wide lists read the default store",
+     [](const Keychain &k) {
+       k.set("x", "a");
+       k.synchronizable(true).set("y", "b");
+       setDefaultItemStore(&k.getItemStore());
+       auto pairs = Keychain::allKeys(ItemClass::genericPassword);
+       auto items = Keychain::allItems(ItemClass::genericPassword);
+       setDefaultItemStore(nullptr);
+       std::string s;
+       for (const auto &[service, key] : pairs)
+         s += service == k.service() ? key : "";
+       std::sort(s.begin(), s.end());
+       return s + " " +
+              std::to_string(std::count_if(
+                  items.begin(), items.end(), [&](const auto &item) {
+                    auto service = item.find("service");
+                    return service != item.end() &&
+                           service->second == Value(k.service());
+                  }));
+     },
+     "=> ab 1"},
+    {"internet passwords are told apart by server, port and protocol",
+     [](const Keychain &k) {
+       std::string host = "h" + unique() + ".example.com";
+       auto on = [&](const std::string &url, ProtocolType protocol) {
+         return Keychain(url, protocol).withItemStore(k.getItemStore());
+       };
+       on("https://" + host + ":8443/path", ProtocolType::https)
+           .set("secret", "alice");
+       std::string s =
+           g(on("https://" + host + ":8443/", ProtocolType::https), "alice") +
+           g(on("https://" + host + ":8444/", ProtocolType::https), "alice") +
+           g(on("https://" + host + ":8443/", ProtocolType::ftp), "alice") +
+           g(on("https://x" + host + ":8443/", ProtocolType::https), "alice");
+       on("https://" + host + ":8443/", ProtocolType::https).removeAll();
+       return s;
+     },
+     "=> secret absent absent absent "},
+    {"bytes that are not UTF-8 are kept but not read as text",
+     [](const Keychain &k) {
+       k.set(latin1, "p");
+       return outcomesOf({[&] { return *k.get("p"); },
+                          [&] { return k["p"].read().value_or("absent"); },
+                          [&] {
+                            k.set("caf\xE9", "u");
+                            return "";
+                          },
+                          [&] {
+                            k.set("x", "us\xE9r");
+                            return "";
+                          }}) +
+              std::to_string(k.getData("p") == latin1);
+     },
+     "=> " + noText + "=> throws conversionError" + noText + "=> absent" +
+         "failed to convert string to data\n=> throws conversionError" +
+         "OSStatus error:[-50] One or more parameters passed to a function "
+         "were not valid.\n=> throws param1"},
+    {"an authentication policy that the store can't enforce writes nothing",
+     [](const Keychain &k) {
+       return outcomeOf([&] {
+                k.accessibility(Accessibility::whenUnlocked,
+                                AuthenticationPolicy::userPresence)
+                    .set("v", "key");
+                return "";
+              }) +
+              g(k, "key");
+     },
+     "=> this item store cannot enforce an authentication policy\n=> throws "
+     "this item store cannot enforce an authentication policy"
+     "absent "},
+    {"the store answers the statuses of its rules",
+     [](const Keychain &k) {
+       ItemStore &store = k.getItemStore();
+       Dictionary item = {{kSecClass, std::string(kSecClassGenericPassword)},
+                          {kSecAttrService, k.service()},
+                          {kSecAttrAccount, std::string("key")},
+                          {kSecValueData, toBytes("v")}};
+       Dictionary other = item, noClass = item, notText = item;
+       other[kSecAttrAccount] = std::string("other");
+       other.erase(kSecValueData);
+       noClass.erase(kSecClass);
+       notText[kSecAttrAccount] = std::string("\xFF\xFE");
+       Dictionary change = {{kSecValueData, toBytes("x")}};
+       std::string s;
+       for (OSStatus status :
+            {store.addItem(item), store.addItem(item),
+             store.updateItems(other, change), store.deleteItems(other),
+             store.copyMatching(other, nullptr),
+             store.copyMatching(noClass, nullptr), store.addItem(notText)})
+         s += std::to_string(status) + " ";
+       return s + g(k, "key");
+     },
+     "=> 0 -25299 -25300 -25300 -25300 -50 -50 v "},
+};
 
-TYPED_TEST_P(ItemStoreTest, StoresReplacesAndRemovesValues) {
-  Keychain keychain = this->keychain();
-  EXPECT_EQ(keychain.get("username"), std::nullopt);
-  EXPECT_FALSE(keychain.contains("username"));
-  keychain.set("alice", "username");
-  EXPECT_EQ(keychain.get("username"), "alice");
-  EXPECT_TRUE(keychain.contains("username"));
-  keychain.set("bob", "username");
-  EXPECT_EQ(keychain.get("username"), "bob");
-  keychain.remove("username");
-  EXPECT_EQ(keychain.get("username"), std::nullopt);
-  EXPECT_NO_THROW(keychain.remove("username"));
-}
+template <typename S> class ItemStoreTest : public testing::Test {};
+using Stores = testing::Types<FileStore, SecretServiceStore>;
+TYPED_TEST_SUITE(ItemStoreTest, Stores);
 
-TYPED_TEST_P(ItemStoreTest, KeepsEveryByteOfAValue) {
-  Keychain keychain = this->keychain();
-  const Bytes binary = {0x00, 0xFF, 0x0A, 0x00, 0x80, 'x'};
-  keychain.set(binary, "binary");
-  keychain.set("", "empty");
-  keychain.set("🔑 ünïcode\n\ttext", "text");
-  EXPECT_EQ(keychain.getData("binary"), binary);
-  EXPECT_EQ(keychain.get("empty"), "");
-  EXPECT_EQ(keychain.get("text"), "🔑 ünïcode\n\ttext");
-}
-
-TYPED_TEST_P(ItemStoreTest, ChangingOneItemKeepsTheOthers) {
-  Keychain keychain = this->keychain();
-  keychain.set("1", "a");
-  keychain.set("2", "b");
-  keychain.set("3", "c");
-  keychain.set("two", "b");
-  keychain.remove("c");
-  EXPECT_EQ(keychain.get("a"), "1");
-  EXPECT_EQ(keychain.get("b"), "two");
-  EXPECT_THAT(keychain.allKeys(), UnorderedElementsAre("a", "b"));
-}
-
-TYPED_TEST_P(ItemStoreTest, ServicesKeepTheirOwnItems) {
-  Keychain first = this->keychain("first");
-  Keychain second = this->keychain("second");
-  first.set("one", "key");
-  second.set("two", "key");
-  EXPECT_EQ(first.get("key"), "one");
-  EXPECT_EQ(second.get("key"), "two");
-  first.removeAll();
-  EXPECT_EQ(first.get("key"), std::nullopt);
-  EXPECT_EQ(second.get("key"), "two");
-}
-
-TYPED_TEST_P(ItemStoreTest, SynchronizableItemsAreSeenOnlyWhenAsked) {
-  Keychain local = this->keychain();
-  Keychain synchronized = local.synchronizable(true);
-  synchronized.set("cloud", "key", false);
-  EXPECT_EQ(local.get("key", false), std::nullopt);
-  EXPECT_EQ(synchronized.get("key", false), "cloud");
-  EXPECT_EQ(local.get("key", true), "cloud");
-  local.set("here", "key", false);
-  EXPECT_EQ(local.get("key", false), "here");
-  EXPECT_EQ(synchronized.get("key", false), "cloud");
-}
-
-TYPED_TEST_P(ItemStoreTest, KeepsAttributesOfEachItem) {
-  Keychain keychain = this->keychain()
-                          .label("the label")
-                          .comment("a comment")
-                          .accessibility(Accessibility::whenUnlocked)
-                          .attributes({{kSecAttrGeneric, toBytes("gen")}});
-  keychain.set("v", "key");
-  std::optional<Attributes> attributes = keychain.subscriptAttributes("key");
-  ASSERT_TRUE(attributes.has_value());
-  EXPECT_EQ(attributes->data(), toBytes("v"));
-  EXPECT_EQ(attributes->secClass(), kSecClassGenericPassword);
-  EXPECT_EQ(attributes->service(), keychain.service());
-  EXPECT_EQ(attributes->account(), "key");
-  EXPECT_EQ(attributes->label(), "the label");
-  EXPECT_EQ(attributes->comment(), "a comment");
-  EXPECT_EQ(attributes->accessible(), kSecAttrAccessibleWhenUnlocked);
-  EXPECT_EQ(attributes->generic(), toBytes("gen"));
-  EXPECT_EQ(attributes->synchronizable(), false);
-  EXPECT_TRUE(attributes->creationDate().has_value());
-  EXPECT_TRUE(attributes->modificationDate().has_value());
-  EXPECT_TRUE(attributes->persistentRef().has_value());
-}
-
-TYPED_TEST_P(ItemStoreTest, AnswersTheCatalogueStatusesOfItsRules) {
-  Keychain keychain = this->keychain();
-  Dictionary item = {{kSecClass, text(kSecClassGenericPassword)},
-                     {kSecAttrService, text(keychain.service())},
-                     {kSecAttrAccount, text("key")},
-                     {kSecValueData, toBytes("v")}};
-  ItemStore &store = this->store();
-  EXPECT_EQ(store.addItem(item), 0);
-  EXPECT_EQ(store.addItem(item), -25299) << "duplicateItem";
-  Dictionary other = {{kSecClass, text(kSecClassGenericPassword)},
-                      {kSecAttrService, text(keychain.service())},
-                      {kSecAttrAccount, text("nothing")}};
-  EXPECT_EQ(store.updateItems(other, {{kSecValueData, toBytes("x")}}), -25300);
-  EXPECT_EQ(store.deleteItems(other), -25300);
-  EXPECT_EQ(store.copyMatching(other, nullptr), -25300);
-  Dictionary noClass = {{kSecAttrService, text(keychain.service())}};
-  EXPECT_EQ(store.copyMatching(noClass, nullptr), -50) << "param";
-  Dictionary notText = item;
-  notText[kSecAttrAccount] = text("\xFF\xFE");
-  EXPECT_EQ(store.addItem(notText), -50) << "param";
-  EXPECT_EQ(keychain.get("key"), "v");
-}
-
-TYPED_TEST_P(ItemStoreTest, ListsEveryItemOfTheKeychain) {
-  Keychain keychain = this->keychain();
-  keychain.set("1", "a");
-  keychain.set("2", "b");
-  std::vector<Dictionary> items = keychain.allItems();
-  ASSERT_EQ(items.size(), 2u);
-  for (const Dictionary &item : items) {
-    EXPECT_EQ(item.at("class"), text("GenericPassword"));
-    EXPECT_EQ(item.at("service"), text(keychain.service()));
-    EXPECT_EQ(item.at("accessibility"), text("AfterFirstUnlock"));
-    EXPECT_EQ(item.at("synchronizable"), text("false"));
+TYPED_TEST(ItemStoreTest, KeepsItemsAsTheKeychainAsks) {
+  TypeParam fixture;
+  if (!fixture.store)
+    GTEST_SKIP() << "no Secret Service: " << fixture.reason;
+  for (const Row &row : rows) {
+    SCOPED_TRACE(row.name);
+    Keychain k =
+        Keychain("kestrune-test-" + unique()).withItemStore(*fixture.store);
+    EXPECT_EQ(outcomeOf([&] { return row.run(k); }), row.expected);
+    k.removeAll();
   }
-  EXPECT_THAT(keychain.allKeys(), UnorderedElementsAre("a", "b"));
 }
-
-REGISTER_TYPED_TEST_SUITE_P(
-    ItemStoreTest, StoresReplacesAndRemovesValues, KeepsEveryByteOfAValue,
-    ChangingOneItemKeepsTheOthers, ServicesKeepTheirOwnItems,
-    SynchronizableItemsAreSeenOnlyWhenAsked, KeepsAttributesOfEachItem,
-    AnswersTheCatalogueStatusesOfItsRules, ListsEveryItemOfTheKeychain);
-INSTANTIATE_TYPED_TEST_SUITE_P(Memory, ItemStoreTest, MemoryStore);
-INSTANTIATE_TYPED_TEST_SUITE_P(File, ItemStoreTest, FileStore);
-INSTANTIATE_TYPED_TEST_SUITE_P(SecretService, ItemStoreTest,
-                               SecretServiceStore);
 
 } // namespace
 } // namespace securestore

@@ -1,158 +1,134 @@
-// The Secret Service store as a user meets it: each scenario runs the
-// keychain in processes of their own (KeychainProbe) on a private bus, where
-// the test can lock the keyring or kill its daemon.
+// The store a process chooses, as a user meets it: StoreProbe processes on a
+// private bus, where the test can leave the Secret Service out, lock its
+// keyring or kill its daemon.
 
+#include "StoreTesting.h"
 #include "Support/PrivateSecretService.h"
-#include "Support/TestSupport.h"
-#include "Support/ProcessRunner.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
+#include <csignal>
 #include <filesystem>
 
 namespace securestore {
 namespace {
 
+namespace fs = std::filesystem;
 using testsupport::Environment;
 using testsupport::PrivateSecretService;
+using Keyring = PrivateSecretService::Keyring;
 
-#define START_OR_SKIP(service)                                                 \
-  if (!(service).isRunning())                                                  \
-  GTEST_SKIP() << (service).getProblem()
-
-// The environment of a user whose session bus is \p busAddress (none when
-// empty) and whose data home is \p dataHome.
-Environment sessionOf(const std::string &busAddress,
-                      const std::filesystem::path &dataHome) {
-  Environment environment = {{"XDG_DATA_HOME", dataHome.string()},
-                             {"XDG_RUNTIME_DIR", std::nullopt},
-                             {"DBUS_SESSION_BUS_ADDRESS", std::nullopt}};
-  if (!busAddress.empty())
-    environment["DBUS_SESSION_BUS_ADDRESS"] = busAddress;
-  return environment;
+// The environment of a user whose home is \p home, with no bus but \p bus.
+Environment sessionOf(const fs::path &home, const std::string &bus,
+                      std::optional<std::string> dataHome) {
+  return {{"HOME", home.string()},
+          {"XDG_DATA_HOME", dataHome},
+          {"XDG_RUNTIME_DIR", std::nullopt},
+          {"DBUS_SESSION_BUS_ADDRESS",
+           bus.empty() ? std::nullopt : std::optional<std::string>(bus)}};
 }
 
-std::pair<int, std::string> runProgram(std::vector<std::string> arguments,
-                                       const Environment &environment = {}) {
-  std::string program = arguments.front();
-  arguments.erase(arguments.begin());
-  testsupport::ProcessResult result =
-      testsupport::runProcess(program, {arguments, environment});
-  return {result.exitCode, result.standardOutput};
-}
-
-std::string probe(const Environment &environment,
-                  std::vector<std::string> commands) {
-  commands.insert(commands.begin(), {KEYCHAIN_PROBE_PATH, "kestrune-cli"});
-  auto [status, output] = runProgram(commands, environment);
-  EXPECT_EQ(status, 0) << output;
-  return output;
-}
-
-const std::string secretServiceName = "Secret Service (default collection)";
-
-TEST(SecretServiceItemStoreTest, ServesWhatOneProcessSavesToTheNext) {
-  PrivateSecretService service;
-  START_OR_SKIP(service);
-  testsupport::TempDir dataHome;
-  Environment session = sessionOf(service.getBusAddress(), dataHome.path());
-
-  EXPECT_EQ(probe(session, {"describe", ",", "set", "groupIdNum", "570"}),
-            "=> " + secretServiceName + "\n=> ok\n");
-  EXPECT_EQ(probe(session, {"get", "groupIdNum", ",", "keys"}),
-            "=> 570\n=> groupIdNum\n");
-  EXPECT_FALSE(std::filesystem::exists(dataHome.path() / "kestrune-cli"))
-      << "the file store was used";
-
-  std::optional<std::filesystem::path> secretTool =
-      testsupport::findProgram("secret-tool");
-  if (!secretTool)
-    GTEST_SKIP() << "secret-tool is not installed";
-  // The item is found by the plain attributes that the README names, and
-  // removed the way the README says.
-  auto [found, value] =
-      runProgram({secretTool->string(), "lookup", "service", "kestrune-cli",
-                               "account", "groupIdNum"},
-                              session);
-  EXPECT_EQ(found, 0);
-  EXPECT_EQ(value, "570");
-  auto [cleared, output] = runProgram(
-      {*secretTool, "clear", "service", "kestrune-cli"}, session);
-  EXPECT_EQ(cleared, 0) << output;
-  EXPECT_EQ(probe(session, {"get", "groupIdNum"}), "=> absent\n");
-}
-
-TEST(SecretServiceItemStoreTest, WithoutAUsableServiceTheFileStoreServes) {
+TEST(StoreChoiceTest, TheNextProcessReadsWhatOneSavedInTheStoreItChose) {
   struct Case {
-    std::string_view name;
-    std::optional<PrivateSecretService::Keyring> keyring;
+    std::optional<Keyring> keyring; // no bus at all when absent
+    std::optional<std::string> dataHome;
+    std::string store; // "<home>" and "<data>" stand for the folders
   };
+  const std::string secretService = "Secret Service (default collection)";
+  const std::string underHome = "<home>/.local/share/kestrune-cli/keychain";
   const Case cases[] = {
-      {"no session bus", std::nullopt},
-      {"a bus without a Secret Service", PrivateSecretService::Keyring::none},
-      {"a Secret Service without a default collection",
-       PrivateSecretService::Keyring::withoutDefault},
+      {std::nullopt, "<data>", "<data>/kestrune-cli/keychain"},
+      {std::nullopt, std::nullopt, underHome},
+      {std::nullopt, "", underHome},
+      {std::nullopt, "relative/data", underHome},
+      {Keyring::none, "<data>", "<data>/kestrune-cli/keychain"},
+      {Keyring::withoutDefault, std::nullopt, underHome},
+      {Keyring::unlocked, "<data>", secretService},
   };
   for (const Case &c : cases) {
-    SCOPED_TRACE(c.name);
+    SCOPED_TRACE(c.store + " " + c.dataHome.value_or("(unset)"));
     std::optional<PrivateSecretService> service;
-    if (c.keyring) {
-      service.emplace(*c.keyring);
-      START_OR_SKIP(*service);
-    }
-    testsupport::TempDir dataHome;
-    Environment session =
-        sessionOf(service ? service->getBusAddress() : "", dataHome.path());
-    std::string store =
-        (dataHome.path() / "kestrune-cli" / "keychain").string();
-    EXPECT_EQ(probe(session, {"describe", ",", "set", "username", "alice"}),
-              "=> file store at " + store + "\n=> ok\n");
-    EXPECT_EQ(probe(session, {"get", "username"}), "=> alice\n");
+    if (c.keyring && !service.emplace(*c.keyring).isRunning())
+      GTEST_SKIP() << service->getProblem();
+    testsupport::TempDir home, data;
+    auto place = [&](std::string text) {
+      for (auto [mark, path] :
+           {std::pair{"<home>", &home}, std::pair{"<data>", &data}})
+        if (text.find(mark) == 0)
+          text.replace(0, 6, path->path().string());
+      return text;
+    };
+    Environment session = sessionOf(
+        home.path(), service ? service->getBusAddress() : "",
+        c.dataHome ? std::optional(place(*c.dataHome)) : std::nullopt);
+    std::string store = place(c.store);
+    EXPECT_EQ(probe({"describe", ",", "set", "username", "alice"}, session),
+              "=> " +
+                  std::string(store == secretService ? "" : "file store at ") +
+                  store + "\n=> ok\n");
+    EXPECT_EQ(probe({"get", "username", ",", "keys"}, session),
+              "=> alice\n=> username\n");
+    EXPECT_EQ(fs::exists(store), store != secretService);
+    EXPECT_EQ(fs::exists(data.path() / "kestrune-cli"),
+              c.store.find("<data>") == 0);
   }
 }
 
-TEST(SecretServiceItemStoreTest, ALockedCollectionAnswersWithoutPrompting) {
+TEST(StoreChoiceTest, SecretServiceItemsAreFoundByTheirPlainAttributes) {
   PrivateSecretService service;
-  START_OR_SKIP(service);
-  testsupport::TempDir dataHome;
-  Environment session = sessionOf(service.getBusAddress(), dataHome.path());
-  probe(session, {"set", "username", "alice"});
-  service.lockDefaultCollection();
-
-  const std::string line =
-      "OSStatus error:[-25308] User interaction is not allowed.\n";
-  EXPECT_EQ(
-      probe(session, {"get", "username", ",", "set", "username", "bob", ",",
-                      "remove", "username", ",", "contains", "username"}),
-      line + "=> throws interactionNotAllowed\n" + line +
-          "=> throws interactionNotAllowed\n" + line +
-          "=> throws interactionNotAllowed\n=> false\n");
+  std::optional<fs::path> secretTool = testsupport::findProgram("secret-tool");
+  if (!service.isRunning() || !secretTool)
+    GTEST_SKIP() << "needs secret-tool and " << service.getProblem();
+  testsupport::TempDir home;
+  Environment session = sessionOf(home.path(), service.getBusAddress(), {});
+  probe({"set", "groupIdNum", "570"}, session);
+  auto secretToolSays = [&](std::vector<std::string> arguments) {
+    testsupport::ProcessResult result =
+        testsupport::runProcess(*secretTool, {arguments, session});
+    return std::to_string(result.exitCode) + " " + result.standardOutput;
+  };
+  EXPECT_EQ(secretToolSays(
+                {"lookup", "service", "kestrune-cli", "account", "groupIdNum"}),
+            "0 570");
+  EXPECT_EQ(secretToolSays({"clear", "service", "kestrune-cli"}), "0 ");
+  EXPECT_EQ(probe({"get", "groupIdNum"}, session), "=> absent\n");
 }
 
-TEST(SecretServiceItemStoreTest, AVanishedServiceAnswersNotAvailable) {
-  PrivateSecretService service;
-  START_OR_SKIP(service);
-  testsupport::TempDir dataHome;
-  Environment session = sessionOf(service.getBusAddress(), dataHome.path());
-  std::filesystem::path resume = dataHome.path() / "resume";
-
-  testsupport::ChildProcess prober(
-      KEYCHAIN_PROBE_PATH, {{"kestrune-cli", "set", "username", "alice", ",",
-       "await", resume.string(), ",", "get", "username", ",", "set", "username",
-       "bob", ",", "remove", "username"},
-       session});
-  EXPECT_EQ(prober.readLine(std::chrono::seconds(30)), "=> ok");
-  EXPECT_EQ(prober.readLine(std::chrono::seconds(30)), "=> waiting");
-  service.killDaemon();
-  testsupport::writeFile(resume, "");
-
-  const std::string line = "OSStatus error:[-25291] No keychain is available. "
-                           "You may need to restart your computer.\n";
-  EXPECT_EQ(prober.readAll(),
-            "=> resumed\n" + line + "=> throws notAvailable\n" + line +
-                "=> throws notAvailable\n" + line + "=> throws notAvailable\n");
-  EXPECT_EQ(prober.wait(), 0);
+TEST(StoreChoiceTest, ALockedOrVanishedSecretServiceAnswersWithoutPrompting) {
+  const std::string locked =
+      "OSStatus error:[-25308] User interaction is not allowed.\n=> throws "
+      "interactionNotAllowed\n";
+  const std::string gone = "OSStatus error:[-25291] No keychain is available. "
+                           "You may need to restart your computer.\n=> throws "
+                           "notAvailable\n";
+  struct Case {
+    std::string name;
+    std::function<void(PrivateSecretService &)> happen;
+    std::string expected;
+  };
+  const Case cases[] = {
+      {"locked", [](auto &s) { s.lockDefaultCollection(); },
+       locked + locked + locked + "=> false\n"},
+      {"vanished", [](auto &s) { s.killDaemon(); }, gone + gone + gone + gone},
+  };
+  for (const Case &c : cases) {
+    SCOPED_TRACE(c.name);
+    PrivateSecretService service;
+    if (!service.isRunning())
+      GTEST_SKIP() << service.getProblem();
+    testsupport::TempDir home;
+    fs::path resume = home.path() / "resume";
+    testsupport::ChildProcess prober(
+        STORE_PROBE_PATH,
+        {{"set", "username", "alice", ",", "await", resume.string(), ",", "get",
+          "username", ",", "set", "username", "bob", ",", "remove", "username",
+          ",", "contains", "username"},
+         sessionOf(home.path(), service.getBusAddress(), {})});
+    EXPECT_EQ(prober.readLine(std::chrono::seconds(30)), "=> ok");
+    EXPECT_EQ(prober.readLine(std::chrono::seconds(30)), "=> waiting");
+    c.happen(service);
+    testsupport::writeFile(resume, "");
+    EXPECT_EQ(prober.readAll(), "=> resumed\n" + c.expected);
+    EXPECT_EQ(prober.wait(), 0);
+  }
 }
 
 } // namespace

@@ -37,11 +37,11 @@ ProcessResult callService(const std::string &bus, const std::string &method,
   std::optional<std::filesystem::path> send = findProgram("dbus-send");
   if (!send)
     return {"", "dbus-send is not installed", 1};
-  return runProcess(*send, {{"--bus=" + bus, "--dest=org.freedesktop.secrets",
-                             "--type=method_call", "--print-reply",
-                             "/org/freedesktop/secrets",
-                             "org.freedesktop.Secret.Service." + method,
-                             argument}});
+  return runProcess(
+      *send,
+      {{"--bus=" + bus, "--dest=org.freedesktop.secrets", "--type=method_call",
+        "--print-reply", "/org/freedesktop/secrets",
+        "org.freedesktop.Secret.Service." + method, argument}});
 }
 
 } // namespace
@@ -99,7 +99,8 @@ PrivateSecretService::PrivateSecretService(Keyring keyring) {
           ? "object path \"/org/freedesktop/secrets/collection/login\""
           : "object path \"/\"";
   for (;;) {
-    ProcessResult alias = callService(busAddress, "ReadAlias", "string:default");
+    ProcessResult alias =
+        callService(busAddress, "ReadAlias", "string:default");
     if (alias.exitCode == 0 &&
         alias.standardOutput.find(expected) != std::string::npos)
       return;

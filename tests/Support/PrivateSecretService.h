@@ -1,8 +1,8 @@
 #ifndef KESTRUNECLI_TESTS_SUPPORT_PRIVATESECRETSERVICE_H
 #define KESTRUNECLI_TESTS_SUPPORT_PRIVATESECRETSERVICE_H
 
-#include "Support/TestSupport.h"
 #include "Support/ProcessRunner.h"
+#include "Support/TestSupport.h"
 
 #include <memory>
 #include <string>

@@ -192,7 +192,8 @@ ChildProcess::ChildProcess(const std::filesystem::path &program,
   std::size_t written = 0;
   const std::string &input = options.standardInput;
   while (written < input.size()) {
-    ssize_t n = write(in.ends[1], input.data() + written, input.size() - written);
+    ssize_t n =
+        write(in.ends[1], input.data() + written, input.size() - written);
     if (n <= 0)
       break;
     written += static_cast<std::size_t>(n);

@@ -2,18 +2,17 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <fcntl.h>
 #include <fstream>
 #include <iterator>
 #include <sstream>
 #include <stdexcept>
-#include <fcntl.h>
 #include <unistd.h>
 
 namespace testsupport {
 
-TempDir::TempDir() {
-  std::string pattern =
-      (std::filesystem::temp_directory_path() / "kestrune-test-XXXXXX").string();
+TempDir::TempDir(const std::filesystem::path &parent) {
+  std::string pattern = (parent / "kestrune-test-XXXXXX").string();
   if (!mkdtemp(pattern.data()))
     throw std::runtime_error("cannot create a temporary directory");
   root = pattern;

@@ -7,11 +7,12 @@
 
 namespace testsupport {
 
-/// A fresh directory under the system's temporary directory, removed with
-/// everything in it when the object goes away.
+/// A fresh directory under \p parent (the system's temporary directory by
+/// default), removed with everything in it when the object goes away.
 class TempDir {
 public:
-  TempDir();
+  explicit TempDir(const std::filesystem::path &parent =
+                       std::filesystem::temp_directory_path());
   ~TempDir();
   TempDir(const TempDir &) = delete;
   TempDir &operator=(const TempDir &) = delete;

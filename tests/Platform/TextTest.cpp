@@ -1,0 +1,174 @@
+// Text the platform layer takes apart: characters, URLs and their escapes,
+// Base64, and property lists.
+#include "Platform/Graphemes.h"
+#include "Platform/PropertyList.h"
+#include "Platform/UrlReference.h"
+#include "Platform/UrlText.h"
+
+#include "Support/TestSupport.h"
+
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <string>
+
+namespace platform {
+namespace {
+
+TEST(TextTest, SplitsUserPerceivedCharacters) {
+  const std::pair<std::string, std::string> rows[] = {
+      {"", ""},
+      {"ab", "a|b"},
+      {"e\xcc\x81t\xc3\xa9", "e\xcc\x81|t|\xc3\xa9"}, // e + combining acute
+      {"\r\n\n", "\r\n|\n"},
+      {"\xf0\x9f\x87\xa9\xf0\x9f\x87\xaa\xf0\x9f\x87\xab",
+       "\xf0\x9f\x87\xa9\xf0\x9f\x87\xaa|\xf0\x9f\x87\xab"}, // flag, and a half
+      {"\xf0\x9f\x91\xa8\xe2\x80\x8d\xf0\x9f\x91\xa9x",      // joined by ZWJ
+       "\xf0\x9f\x91\xa8\xe2\x80\x8d\xf0\x9f\x91\xa9|x"},
+      {"\xe2\xac\x86\xef\xb8\x8f ", "\xe2\xac\x86\xef\xb8\x8f| "}, // VS16
+      {"\xe1\x84\x80\xe1\x85\xa1\xe1\x86\xa8", // Hangul jamo syllable
+       "\xe1\x84\x80\xe1\x85\xa1\xe1\x86\xa8"},
+      {"\xff\xfe"
+       "a\xe2\x9c",
+       "\xff|\xfe|a|\xe2|\x9c"},   // invalid, truncated
+      {"\xcc\x81x", "\xcc\x81|x"}, // a combining mark first
+  };
+  for (const auto &[text, expected] : rows) {
+    SCOPED_TRACE(testing::PrintToString(text));
+    std::string split;
+    for (std::string_view character : splitGraphemes(text))
+      split += (split.empty() ? "" : "|") + std::string(character);
+    EXPECT_EQ(split, expected);
+    EXPECT_EQ(countGraphemes(text), splitGraphemes(text).size());
+  }
+}
+
+// Each part as written ("-" when absent) and the last path component.
+std::string partsOf(std::string_view text) {
+  const std::optional<UrlReference> url = UrlReference::parse(text);
+  if (!url)
+    return "invalid";
+  std::string parts;
+  for (const std::optional<std::string> &part :
+       {url->scheme, url->userInfo, url->host, url->port,
+        std::optional(url->path), url->query, url->fragment,
+        std::optional(url->getLastPathComponent())})
+    parts += part.value_or("-") + "|";
+  return parts;
+}
+
+TEST(TextTest, SplitsUrlsIntoTheirPartsAsWritten) {
+  const std::pair<std::string, std::string> rows[] = {
+      {"https://console.example.com:8443/api/x?a=1&b=2#top",
+       "https|-|console.example.com|8443|/api/x|a=1&b=2|top|x|"},
+      {"http://user:pw@127.0.0.1:80/", "http|user:pw|127.0.0.1|80|/|-|-|/|"},
+      {"http://[::1]:9/p/", "http|-|::1|9|/p/|-|-|p|"},
+      {"http://h:/?", "http|-|h||/||-|/|"},
+      {"HTTP://Ex.COM/a%20b", "HTTP|-|Ex.COM|-|/a%20b|-|-|a b|"},
+      {"https://h", "https|-|h|-||-|-||"},
+      {"https://h/a%2Fb?x#y", "https|-|h|-|/a%2Fb|x|y|a/b|"},
+      {"https://h/%FF", "https|-|h|-|/%FF|-|-|%FF|"},
+      {"console.example.com", "-|-|-|-|console.example.com|-|-|"
+                              "console.example.com|"},
+      {"/api/mam/apps/4711", "-|-|-|-|/api/mam/apps/4711|-|-|4711|"},
+      {"//cdn.example/x", "-|-|cdn.example|-|/x|-|-|x|"},
+      {"mailto:a@b.example", "mailto|-|-|-|a@b.example|-|-|a@b.example|"},
+      {"", "invalid"},
+      {"https://h/search?groupID=A B", "invalid"},
+      {"https://h/a#b#c", "invalid"},
+      {"https://h/100%", "invalid"},
+      {"https://h/%zz", "invalid"},
+      {"https://h/caf\xc3\xa9", "invalid"},
+      {"https://h/<x>", "invalid"},
+      {"http://h:8a/", "invalid"},
+      {"ht tp://h/", "invalid"},
+      {"https://h/a\nb", "invalid"},
+      {std::string("http://h/\0", 10), "invalid"},
+  };
+  for (const auto &[text, expected] : rows) {
+    SCOPED_TRACE(testing::PrintToString(text));
+    EXPECT_EQ(partsOf(text), expected);
+  }
+}
+
+TEST(TextTest, EncodesAndDecodesEscapesAndBase64) {
+  const auto decode = [](std::string_view text) {
+    return removingPercentEncoding(text).value_or("(none)");
+  };
+  const auto fromBase64 = [](std::string_view text) {
+    return decodeBase64(text).value_or("(none)");
+  };
+  struct Row {
+    std::string (*convert)(std::string_view);
+    std::string text, expected;
+  };
+  const Row rows[] = {
+      {percentEncodeQueryAllowed, "a b#\xc3\xa9\"<>[]\\^`{|}%",
+       "a%20b%23%C3%A9%22%3C%3E%5B%5D%5C%5E%60%7B%7C%7D%25"},
+      {percentEncodeQueryAllowed, "!$&'()*+,-./:;=?@_~", "!$&'()*+,-./:;=?@_~"},
+      {decode, "%41pp%20b%5c.pkg", "App b\\.pkg"},
+      {decode, "%C3%A9", "\xc3\xa9"},
+      {decode, "100%.pkg", "(none)"},
+      {decode, "%4", "(none)"},
+      {decode, "%FF", "(none)"},
+      {decode, "%ED%A0%80", "(none)"},
+      {encodeBase64, "", ""},
+      {encodeBase64, "f", "Zg=="},
+      {encodeBase64, "fo", "Zm8="},
+      {encodeBase64, "\xc3\xa9:\xff", "w6k6/w=="},
+      {fromBase64, "w6k6/w==", "\xc3\xa9:\xff"},
+      {fromBase64, "Zm9v", "foo"},
+      {fromBase64, "Zg=", "(none)"},
+      {fromBase64, "Z=g=", "(none)"},
+      {fromBase64, "Zm9*", "(none)"},
+      {lastPathComponent, "dir//Foo.pkg//", "Foo.pkg"},
+      {lastPathComponent, "///", "/"},
+  };
+  for (const Row &row : rows) {
+    SCOPED_TRACE(testing::PrintToString(row.text));
+    EXPECT_EQ(row.convert(row.text), row.expected);
+  }
+}
+
+TEST(TextTest, ReadsATextFromXmlOrBinaryPropertyLists) {
+  // {"CFBundleShortVersionString": "1.2"} as a binary property list.
+  const unsigned char binary[] = {
+      0x62, 0x70, 0x6c, 0x69, 0x73, 0x74, 0x30, 0x30, 0xd1, 0x01, 0x02, 0x5f,
+      0x10, 0x1a, 0x43, 0x46, 0x42, 0x75, 0x6e, 0x64, 0x6c, 0x65, 0x53, 0x68,
+      0x6f, 0x72, 0x74, 0x56, 0x65, 0x72, 0x73, 0x69, 0x6f, 0x6e, 0x53, 0x74,
+      0x72, 0x69, 0x6e, 0x67, 0x53, 0x31, 0x2e, 0x32, 0x08, 0x0b, 0x28, 0x00,
+      0x00, 0x00, 0x00, 0x00, 0x00, 0x01, 0x01, 0x00, 0x00, 0x00, 0x00, 0x00,
+      0x00, 0x00, 0x03, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,
+      0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x2c};
+  const auto xml = [](const std::string &body) {
+    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist "
+           "version=\"1.0\">\n" +
+           body + "\n</plist>\n";
+  };
+  const std::string key = "<dict><key>A</key><integer>1</"
+                          "integer><key>CFBundleShortVersionString</key>";
+  const std::pair<std::string, std::string> rows[] = {
+      {std::string(std::begin(binary), std::end(binary)), "1.2"},
+      {xml(key + "<string>\xc3\xa9 2.0</string></dict>"), "\xc3\xa9 2.0"},
+      {xml("<dict><key>B</key><string>x</string></dict>"), "(none)"},
+      {xml(key + "<integer>3</integer></dict>"), "(none)"},
+      {xml("<array><string>1.2</string></array>"), "(none)"},
+      {"hello", "(none)"},
+      {std::string("bplist00\xd1\x01", 10), "(none)"},
+      {"", "(none)"},
+  };
+  testsupport::TempDir dir;
+  const std::filesystem::path file = dir.path() / "Info.plist";
+  for (const auto &[bytes, expected] : rows) {
+    SCOPED_TRACE(testing::PrintToString(bytes));
+    testsupport::writeFile(file, bytes);
+    EXPECT_EQ(readPropertyListString(file, "CFBundleShortVersionString")
+                  .value_or("(none)"),
+              expected);
+  }
+  EXPECT_EQ(readPropertyListString(dir.path() / "absent", "A"), std::nullopt);
+  EXPECT_EQ(readPropertyListString(dir.path(), "A"), std::nullopt);
+}
+
+} // namespace
+} // namespace platform

@@ -28,6 +28,7 @@ const Items account = {{"username", "alice"}, {"password", "pw"},
                        {"groupId", "Org1"},   {"groupIdNum", "570"}};
 const Blobs allThree = {{"App.pkg", 7}, {"App.plist", 8}, {"icon.png", 0}};
 const Blobs refusedInstaller = {{"App.pkg", {}}, {"App.plist", 8}};
+const Blobs refusedMetadata = {{"App.pkg", 7}, {"App.plist", {}}};
 const Blobs refusedIcon = {{"App.pkg", 7}, {"App.plist", 8}, {"icon.png", {}}};
 const Blobs noIcon = {{"App.pkg", 7}, {"App.plist", 8}};
 const std::vector<int> noExit;
@@ -64,6 +65,9 @@ TEST(UploadControllerTest, StopsWhereEachFailureSaysWhenTheExitReturns) {
        std::vector{36, 38}, ""},
       {"a refused installer: the metadata goes, then nothing", "alice", false,
        "App.pkg", refusedInstaller, std::nullopt, "\n❗️Error: refused\n",
+       std::vector{33}, "blob App.pkg; blob App.plist"},
+      {"a refused metadata: no application", "alice", false, "App.pkg",
+       refusedMetadata, std::nullopt, "\n❗️Error: refused\n",
        std::vector{33}, "blob App.pkg; blob App.plist"},
       {"no answer for installer and metadata", "alice", false, "App.pkg",
        Blobs(), std::nullopt,

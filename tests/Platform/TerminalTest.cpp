@@ -1,6 +1,6 @@
 // The terminal as the platform layer sees it: its size, and the hidden
-// prompt's signal handling where the built tool can't be driven (a signal
-// the process ignores, and the signals after the answer).
+// prompt's signal handling after the answer, where the built tool can't be
+// driven (the end-to-end tests try every way out of the prompt itself).
 #include "Platform/TerminalPrompt.h"
 #include "Platform/TerminalSize.h"
 
@@ -54,21 +54,6 @@ TEST(TerminalTest, MeasuresTheTerminalOnStandardOutput) {
     ASSERT_EQ(terminal.waitForEnd(), ProcessEnd::exitedWith(0));
     EXPECT_EQ(result.receive(), "some:" + row.expected);
   }
-}
-
-TEST(TerminalTest, PromptLeavesAnIgnoredSignalIgnored) {
-  ResultPipe result;
-  PseudoTerminal terminal([&result] {
-    std::signal(SIGINT, SIG_IGN);
-    result.send(readLineWithoutEcho(prompt));
-    return 0;
-  });
-  ASSERT_TRUE(terminal.waitFor(prompt));
-  terminal.sendSignal(SIGINT);
-  terminal.type("still here\n");
-  EXPECT_EQ(terminal.waitForEnd(), ProcessEnd::exitedWith(0));
-  EXPECT_EQ(result.receive(), "some:still here");
-  EXPECT_TRUE(terminal.isEchoOn());
 }
 
 // Once the answer is read, Ctrl-Z and SIGTERM act as before the prompt: the

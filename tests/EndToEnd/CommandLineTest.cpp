@@ -1,19 +1,12 @@
-#include "Support/ProcessRunner.h"
-#include "Support/TestSupport.h"
+#include "EndToEnd/Fixture.h"
+#include "Support/PseudoTerminal.h"
 
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
-
-// Help texts and command-line errors of the built kestrunecli, compared
-// byte for byte. Standard output is a pipe here, so help wraps at 80 columns.
+// Help texts and command-line errors, compared byte for byte: at 80 columns
+// with standard output on a pipe, and at 60 columns on a terminal.
 
 namespace {
 
-using testsupport::ProcessOptions;
-using testsupport::ProcessResult;
-using testsupport::runProcess;
+using e2e::Args;
 
 const std::string rootHelp =
     R"TXT(OVERVIEW: Ombrix Varnholt Kestrune Command Line Interface 💡🛠
@@ -100,118 +93,243 @@ const std::string configUsage =
   See 'kestrunecli config --help' for more information.
 )TXT";
 
-struct CommandLineCase {
-  std::vector<std::string> arguments;
-  std::string standardOutput;
-  std::string standardError;
-  int exitCode;
+const std::string rootHelp60 =
+    R"TXT(OVERVIEW: Ombrix Varnholt Kestrune Command Line Interface 💡🛠
+
+USAGE: kestrunecli [--version] <subcommand>
+
+OPTIONS:
+  -v, --version           Show the version of Kestrune CLI.
+  -h, --help              Show help information.
+
+SUBCOMMANDS:
+  upload                    Pass a package installer, a
+                          metadata file, and an icon file
+                          (optional) as arguments and they
+                          will be uploaded to Varnholt.
+
+  config                    To sign in, enter the hostname
+                          and group ID. You will be
+                          prompted to enter the username,
+                          password, and API key in
+                          subsequent steps. 
+
+
+  See 'kestrunecli help <subcommand>' for detailed help.
+)TXT";
+const std::string uploadHelp60 = R"TXT(OVERVIEW: 
+ Pass a package installer, a metadata file, and an icon
+file (optional) as arguments and they will be uploaded to
+Varnholt.
+
+
+USAGE: kestrunecli upload --installer-path <installer-path> --metadata-path <metadata-path> [--icon-path <icon-path>] [--group-id <group-id>]
+
+OPTIONS:
+  -v, --version           Show the version of Kestrune CLI.
+  -i, --installer-path <installer-path>
+                          (Required) Path to an installer.
+                          Valid file types: .pkg, .dmg,
+                          .app, .mpkg
+  -m, --metadata-path <metadata-path>
+                          (Required) Path to a metadata
+                          file with .plist as file type
+  -l, --icon-path <icon-path>
+                          (Optional) Path to an icon file
+  -g, --group-id <group-id>
+                          (Optional) Change organization
+                          group ID for this upload
+  -h, --help              Show help information.
+
+)TXT";
+const std::string configHelp60 = R"TXT(OVERVIEW: 
+ To sign in, enter the hostname and group ID. You will be
+prompted to enter the username, password, and API key in
+subsequent steps. 
+
+
+USAGE: kestrunecli config [--signin] [--signout] [--list] [--username <username>] [--password <password>] [--api-key <api-key>] [--hostname <hostname>] [--group-id <group-id>]
+
+OPTIONS:
+  -v, --version           Show the version of Kestrune CLI.
+  -n, --signin            Sign in with username, password,
+                          API key, hostname, and groupId
+  -t, --signout           Sign out current account, if
+                          already logged in
+  -l, --list              List the current account info
+  -u, --username <username>
+                          Username of Varnholt UEM admin
+  -p, --password <password>
+                          Password
+  -k, --api-key <api-key> API Key
+  -o, --hostname <hostname>
+                          Hostname of UEM API Server (e.g.
+                          https://uem.example.com)
+  -g, --group-id <group-id>
+                          Organization group ID
+  -h, --help              Show help information.
+
+)TXT";
+
+// Exits 0 with this on standard output.
+const std::pair<Args, std::string> helpCases[] = {
+    {{}, "\n" + rootHelp + "\n"},
+    {{"--help"}, rootHelp + "\n"},
+    {{"-h"}, rootHelp + "\n"},
+    {{"help"}, rootHelp + "\n"},
+    {{"help", "nosuch"}, rootHelp + "\n"},
+    {{"help", "upload"}, uploadHelp + "\n"},
+    {{"upload", "--help"}, uploadHelp + "\n"},
+    {{"upload", "-i", "a.pkg", "-h"}, uploadHelp + "\n"},
+    {{"help", "config"}, configHelp + "\n"},
+    {{"config", "-h"}, configHelp + "\n"},
+    // config without one of its three flags does nothing.
+    {{"config"}, ""},
+    {{"config", "--group-id", "X"}, ""},
+    {{"config", "-u", "bob", "--password=secret"}, ""},
 };
 
-std::string describe(const std::vector<std::string> &arguments) {
-  std::string text = "kestrunecli";
-  for (const std::string &argument : arguments)
-    text += " [" + argument + "]";
-  return text;
+struct ParseErrorCase {
+  Args arguments;
+  std::string message;
+  const std::string &usage;
+};
+
+// Exits 64 with "Error: ", the message and the usage on standard error.
+const ParseErrorCase parseErrorCases[] = {
+    {{"upload"},
+     "Missing expected argument '--installer-path <installer-path>'",
+     uploadUsage},
+    {{"upload", "-i", "a.pkg"},
+     "Missing expected argument '--metadata-path <metadata-path>'",
+     uploadUsage},
+    {{"upload", "-m", "b.plist", "-i"},
+     "Missing value for '-i <installer-path>'",
+     uploadUsage},
+    {{"upload", "-i", "a", "-m", "b", "extra"},
+     "Unexpected argument 'extra'",
+     uploadUsage},
+    {{"config", "--usernme", "x"}, "Unexpected argument 'x'", configUsage},
+    {{"config", "--usernam"},
+     "Unknown option '--usernam'. Did you mean '--username'?",
+     configUsage},
+    // Suggestions reach an edit distance of 3, and no further.
+    {{"config", "--usernamexyz"},
+     "Unknown option '--usernamexyz'. Did you mean '--username'?",
+     configUsage},
+    {{"config", "--usernamewxyz"},
+     "Unknown option '--usernamewxyz'",
+     configUsage},
+    // Neither help names nor short names are suggested.
+    {{"config", "--hel"}, "Unknown option '--hel'", configUsage},
+    {{"config", "-x"}, "Unknown option '-x'", configUsage},
+    {{"config", "--signin=yes"},
+     "The option '--signin' does not take any value, but 'yes' was "
+     "specified.",
+     configUsage},
+    {{"config", "--username"},
+     "Missing value for '--username <username>'",
+     configUsage},
+    {{"config", "a", "b"}, "2 unexpected arguments: 'a', 'b'", configUsage},
+    {{"---x"}, "Invalid option: ---x", rootUsage},
+    {{"--nope", "upload"}, "Unknown option '--nope'", rootUsage},
+    {{"--versoin"},
+     "Unknown option '--versoin'. Did you mean '--version'?",
+     rootUsage},
+    {{"-=x"}, "Invalid option: -=x", rootUsage},
+};
+
+TEST(CommandLineTest, PrintsHelpOrTheParseErrorWithItsExitCode) {
+  e2e::Scene scene;
+  for (const auto &[arguments, out] : helpCases) {
+    SCOPED_TRACE(testing::PrintToString(arguments));
+    e2e::Run run = scene.run(arguments);
+    EXPECT_EQ(run.out, out);
+    EXPECT_EQ(run.err, "");
+    EXPECT_EQ(run.code, 0);
+  }
+  for (const ParseErrorCase &c : parseErrorCases) {
+    SCOPED_TRACE(testing::PrintToString(c.arguments));
+    e2e::Run run = scene.run(c.arguments);
+    EXPECT_EQ(run.out, "");
+    EXPECT_EQ(run.err, "Error: " + c.message + "\n" + c.usage);
+    EXPECT_EQ(run.code, 64);
+  }
+  EXPECT_EQ(scene.requests(), Args{});
+  EXPECT_EQ(scene.stored(), e2e::Items{});
 }
 
-void expectRun(const CommandLineCase &c) {
-  SCOPED_TRACE(describe(c.arguments));
-  // A throwaway home, so that nothing reads or writes the user's account.
-  testsupport::TempDir home;
-  ProcessOptions options;
-  options.arguments = c.arguments;
-  options.environment = {{"HOME", home.path().string()},
-                         {"XDG_DATA_HOME", std::nullopt},
-                         {"DBUS_SESSION_BUS_ADDRESS", std::nullopt}};
-  ProcessResult result = runProcess(KESTRUNECLI_PATH, options);
-  EXPECT_EQ(result.standardOutput, c.standardOutput);
-  EXPECT_EQ(result.standardError, c.standardError);
-  EXPECT_EQ(result.exitCode, c.exitCode);
-}
-
-TEST(CommandLineTest, PrintsEveryHelpTextAndExitsZero) {
-  const CommandLineCase cases[] = {
-      {{}, "\n" + rootHelp + "\n", "", 0},
-      {{"--help"}, rootHelp + "\n", "", 0},
-      {{"-h"}, rootHelp + "\n", "", 0},
-      {{"help"}, rootHelp + "\n", "", 0},
-      {{"help", "nosuch"}, rootHelp + "\n", "", 0},
-      {{"help", "upload"}, uploadHelp + "\n", "", 0},
-      {{"upload", "--help"}, uploadHelp + "\n", "", 0},
-      {{"upload", "-i", "a.pkg", "-h"}, uploadHelp + "\n", "", 0},
-      {{"help", "config"}, configHelp + "\n", "", 0},
-      {{"config", "-h"}, configHelp + "\n", "", 0},
+// On a terminal 60 columns wide, help wraps there; usage lines never do.
+TEST(CommandLineTest, WrapsHelpToTheTerminalsWidth) {
+  const std::pair<Args, std::string> cases[] = {
+      {{"--help"}, rootHelp60},
+      {{"help", "upload"}, uploadHelp60},
+      {{"config", "--help"}, configHelp60},
+      {{"config", "-x"}, "Error: Unknown option '-x'\n" + configUsage},
   };
-  for (const CommandLineCase &c : cases)
-    expectRun(c);
+  e2e::Scene scene;
+  for (const auto &[arguments, shown] : cases) {
+    SCOPED_TRACE(testing::PrintToString(arguments));
+    testsupport::PseudoTerminal terminal(scene.job(arguments), 60);
+    terminal.waitForEnd();
+    std::string expected = shown;
+    e2e::replaceAll(expected, "\n", "\r\n");
+    EXPECT_EQ(terminal.getTranscript(), expected);
+  }
 }
 
-TEST(CommandLineTest, ReportsEveryParseErrorWithUsageOnStandardError) {
-  const CommandLineCase cases[] = {
-      {{"upload"},
-       "",
-       "Error: Missing expected argument '--installer-path "
-       "<installer-path>'\n" +
-           uploadUsage,
-       64},
-      {{"upload", "-i", "a.pkg"},
-       "",
-       "Error: Missing expected argument '--metadata-path "
-       "<metadata-path>'\n" +
-           uploadUsage,
-       64},
-      {{"upload", "-i", "a.pkg", "-m", "b.plist", "extra"},
-       "",
-       "Error: Unexpected argument 'extra'\n" + uploadUsage,
-       64},
-      {{"config", "--usernme", "x"},
-       "",
-       "Error: Unexpected argument 'x'\n" + configUsage,
-       64},
-      {{"config", "--usernam"},
-       "",
-       "Error: Unknown option '--usernam'. Did you mean '--username'?\n" +
-           configUsage,
-       64},
-      {{"config", "-x"}, "", "Error: Unknown option '-x'\n" + configUsage, 64},
-      {{"config", "--signin=yes"},
-       "",
-       "Error: The option '--signin' does not take any value, but 'yes' was "
-       "specified.\n" +
-           configUsage,
-       64},
-      {{"config", "--username"},
-       "",
-       "Error: Missing value for '--username <username>'\n" + configUsage,
-       64},
-      {{"config", "a", "b"},
-       "",
-       "Error: 2 unexpected arguments: 'a', 'b'\n" + configUsage,
-       64},
-      {{"---x"}, "", "Error: Invalid option: ---x\n" + rootUsage, 64},
-      {{"--nope", "upload"},
-       "",
-       "Error: Unknown option '--nope'\n" + rootUsage,
-       64},
-      {{"--versoin"},
-       "",
-       "Error: Unknown option '--versoin'. Did you mean '--version'?\n" +
-           rootUsage,
-       64},
-      {{"-=x"}, "", "Error: Invalid option: -=x\n" + rootUsage, 64},
-  };
-  for (const CommandLineCase &c : cases)
-    expectRun(c);
-}
-
-TEST(CommandLineTest, ConfigWithoutItsFlagsDoesNothing) {
-  const CommandLineCase cases[] = {
-      {{"config"}, "", "", 0},
-      {{"config", "--group-id", "X"}, "", "", 0},
-      {{"config", "-u", "bob", "--password=secret"}, "", "", 0},
-  };
-  for (const CommandLineCase &c : cases)
-    expectRun(c);
+// However malformed the command line, the tool neither crashes nor hangs:
+// it shows help, a parse error with usage (64), or a message of its own.
+TEST(CommandLineTest, EndsOrderlyOnMalformedArguments) {
+  std::vector<Args> cases = {{""},
+                             {"", ""},
+                             {"-"},
+                             {"--"},
+                             {"--", "--"},
+                             {"--", "-x", "config"},
+                             {"="},
+                             {"-="},
+                             {"--="},
+                             {"--=x"},
+                             {"-a=b=c"},
+                             {"config", "-"},
+                             {"config", "--username="},
+                             {"config", "-u="},
+                             {"config", "-unlt"},
+                             {"config", "-nt"},
+                             {"upload", "-iml", "a"},
+                             {"config", "--", "x"},
+                             {"-é"},
+                             {"--ünïcødé"},
+                             {"config", "--💡"},
+                             {"\xff\xfe"},
+                             {"--\xff"},
+                             {"-\xc3"},
+                             {"config", "-u", "\xff"},
+                             {"help", "\xff"},
+                             {"help", "help", "help"},
+                             {"----"},
+                             {"config"},
+                             {"config"}};
+  for (int i = 0; i < 10000; ++i)
+    cases[28].push_back(i % 3 ? "--username" : "-abc");
+  for (int i = 0; i < 5000; ++i)
+    cases[29].insert(cases[29].end(), {"-u", "name" + std::to_string(i)});
+  e2e::Scene scene;
+  for (const Args &arguments : cases) {
+    SCOPED_TRACE(testing::PrintToString(arguments).substr(0, 80));
+    e2e::Run run = scene.run(arguments);
+    if (run.code == 64) {
+      EXPECT_EQ(run.out, "");
+      EXPECT_EQ(run.err.rfind("Error: ", 0), 0u);
+      EXPECT_NE(run.err.find("\nUsage: kestrunecli"), std::string::npos);
+      continue;
+    }
+    EXPECT_EQ(run.err, "");
+    EXPECT_TRUE(run.code == 0 ||
+                (run.code <= 55 && run.out.find("❗️") != std::string::npos))
+        << run.code << run.out;
+  }
 }
 
 } // namespace

@@ -4,12 +4,7 @@
 #include <chrono>
 #include <functional>
 #include <optional>
-#include <ostream>
 #include <string>
-#include <string_view>
-#include <vector>
-
-#include <sys/types.h>
 
 namespace testsupport {
 
@@ -21,87 +16,60 @@ struct ProcessEnd {
 
   static ProcessEnd exitedWith(int code) { return {true, code, 0}; }
   static ProcessEnd killedBy(int signal) { return {false, 0, signal}; }
-
   friend bool operator==(const ProcessEnd &, const ProcessEnd &) = default;
-  friend std::ostream &operator<<(std::ostream &out, const ProcessEnd &end);
 };
 
-/// A job that runs with a fresh pseudo-terminal as its controlling terminal,
-/// the way a user's shell runs a command: a small session leader stands in for
-/// the shell, and the job runs in a child of it, in a process group of its own
-/// that is the terminal's foreground group, with standard input, output and
-/// error on the terminal (80 columns, 24 lines, the terminal's default
-/// settings, echo on). So Ctrl-C typed on the terminal interrupts the job,
-/// Ctrl-Z stops it for real, and SIGCONT lets it go on.
+/// A job run the way a shell runs a command on a fresh pseudo-terminal (its
+/// controlling terminal, \p columns wide, 24 lines, echo on): a session
+/// leader stands in for the shell, and the job runs in a child of it, in a
+/// process group of its own that is the terminal's foreground group, with
+/// standard input, output and error on the terminal. So Ctrl-C typed on the
+/// terminal interrupts the job, Ctrl-Z stops it, and SIGCONT lets it go on.
 ///
-/// The test plays the user: it waits for text to appear, types, and reads the
-/// transcript of everything the terminal showed. The terminal translates line
-/// breaks on output, so "\n" written by the job shows as "\r\n".
-///
-/// The job inherits every open descriptor of the test process, so a pipe made
-/// beforehand can carry results back without passing through the terminal.
+/// The test plays the user: it waits for text, types, and reads the
+/// transcript of what the terminal showed ("\n" written shows as "\r\n").
+/// The job inherits the test's open descriptors, so a pipe made beforehand
+/// can carry results back past the terminal.
 class PseudoTerminal {
 public:
-  static constexpr std::chrono::milliseconds defaultTimeout{10000};
+  using Timeout = std::chrono::milliseconds;
 
-  /// Runs \p job in the child; its return value is the job's exit code, and
-  /// an exception that escapes it ends the job with code 125.
-  explicit PseudoTerminal(std::function<int()> job);
-
-  /// Runs the program \p argv[0] (looked up in PATH) with arguments
-  /// \p argv[1...], and \p environment ("NAME=value" entries) added to the
-  /// test process's environment. A program that cannot be started ends the
-  /// job with code 127.
-  PseudoTerminal(const std::vector<std::string> &argv,
-                 const std::vector<std::string> &environment = {});
-
+  /// Runs \p job in the child; its return value is the job's exit code.
+  explicit PseudoTerminal(std::function<int()> job,
+                          unsigned short columns = 80);
   /// Kills whatever still runs and closes the terminal.
   ~PseudoTerminal();
-
   PseudoTerminal(const PseudoTerminal &) = delete;
   PseudoTerminal &operator=(const PseudoTerminal &) = delete;
 
-  /// Reads what the terminal shows until \p text appears after the point
-  /// reached by the previous successful wait; that point then moves past the
-  /// text, so waiting twice for the same prompt waits for its second showing.
-  /// False when the time runs out or the terminal closes first.
-  bool waitFor(std::string_view text,
-               std::chrono::milliseconds timeout = defaultTimeout);
-
-  /// Types \p bytes on the keyboard ("\n" is the Return key, "\x03" Ctrl-C,
-  /// "\x1a" Ctrl-Z, "\x04" Ctrl-D).
+  /// Reads the terminal until \p text shows after the end of the text found
+  /// by the previous successful wait. False on time-out, or when the
+  /// terminal closes first.
+  bool waitFor(std::string_view text, Timeout timeout = Timeout(10000));
+  /// Types \p bytes ("\n" Return, "\x03" Ctrl-C, "\x1a" Ctrl-Z, "\x04"
+  /// Ctrl-D).
   void type(std::string_view bytes);
-
-  /// Sends \p signal to the job's process.
   void sendSignal(int signal);
-
-  /// Whether the terminal currently echoes what is typed.
+  /// Whether the terminal echoes what is typed.
   bool isEchoOn() const;
-
-  /// Waits until the job's process is stopped (as by Ctrl-Z). False on
-  /// timeout or when it ended instead.
-  bool waitUntilStopped(std::chrono::milliseconds timeout = defaultTimeout);
-
-  /// Waits for the job to end, reading the terminal meanwhile, and returns
-  /// how it ended; std::nullopt on timeout.
-  std::optional<ProcessEnd>
-  waitForEnd(std::chrono::milliseconds timeout = defaultTimeout);
-
+  /// Waits until the job is stopped (as by Ctrl-Z); false on time-out or
+  /// when it ended instead.
+  bool waitUntilStopped(Timeout timeout = Timeout(10000));
+  /// Waits for the job to end, reading the terminal meanwhile;
+  /// std::nullopt on time-out.
+  std::optional<ProcessEnd> waitForEnd(Timeout timeout = Timeout(10000));
   /// Everything the terminal has shown so far.
   const std::string &getTranscript();
 
-  /// The process id of the job.
-  pid_t getJobPid() const noexcept { return jobPid; }
-
 private:
-  void start(const std::function<int()> &job);
   /// Reads what is there, waiting up to \p timeout for the first bytes.
-  /// False once the terminal is closed on the job's side.
-  bool readAvailable(std::chrono::milliseconds timeout);
+  /// False once the job's side of the terminal is closed.
+  bool readAvailable(Timeout timeout);
 
   int masterFd = -1;
-  pid_t leaderPid = -1;
-  pid_t jobPid = -1;
+  int newsFd = -1;
+  int leaderPid = -1;
+  int jobPid = -1;
   std::optional<ProcessEnd> end;
   std::string transcript;
   std::size_t consumed = 0;
@@ -118,13 +86,11 @@ public:
 
   /// In the job: sends "some:" and the text, or "none" when it is absent.
   void send(const std::optional<std::string> &value) const;
-  /// In the test, once the job has ended: everything the job sent, empty when
-  /// it sent nothing.
+  /// In the test, once the job has ended: all that the job sent.
   std::string receive();
 
 private:
-  int readFd = -1;
-  int writeFd = -1;
+  int fds[2] = {-1, -1};
 };
 
 } // namespace testsupport

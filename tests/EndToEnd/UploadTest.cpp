@@ -1,0 +1,292 @@
+#include "EndToEnd/Fixture.h"
+
+#include <cstdint>
+
+// `kestrunecli upload` with alice signed in (her account in the file store),
+// against the console simulator: what the user reads, the exit code, and
+// the request log with its bodies, byte for byte.
+
+namespace {
+
+using e2e::Args;
+using mockconsole::Route;
+
+// Bytes of every value, NULs and line ends of both kinds among them.
+std::string binaryBytes(std::size_t size, unsigned seed) {
+  std::string bytes(size, '\0');
+  for (char &byte : bytes)
+    byte = static_cast<char>((seed = seed * 1103515245u + 12345u) >> 16);
+  return bytes + "\r\n\n\r";
+}
+
+const std::string installerBytes = binaryBytes(40000, 7);
+const std::string metadataBytes = "<?xml version=\"1.0\"?>\n<plist><dict>"
+                                  "<key>name</key><string>Big App</string>"
+                                  "</dict></plist>\n";
+const std::string iconBytes = binaryBytes(3000, 11);
+
+// The files are "Big App&Co.pkg", "meta data.plist" and "icon.png" in
+// {dir}; the user types a blank escaped for a shell, %41 for a letter and
+// %20 for a blank.
+const Args typed = {"upload", "-i", "{dir}/Big\\ %41pp&Co.pkg", "-m",
+                    "{dir}/meta%20data.plist"};
+const Args icon = {"-l", "{dir}/icon.png"};
+
+Args with(Args first, const Args &more) {
+  first.insert(first.end(), more.begin(), more.end());
+  return first;
+}
+
+std::string blob(const std::string &name, std::int64_t group,
+                 const std::string &module) {
+  return "POST /api/mam/blobs/uploadblob?filename=" + name +
+         "&organizationgroupid=" + std::to_string(group) +
+         "&moduleType=" + module;
+}
+
+std::string app(std::int64_t group) {
+  return "POST /api/mam/groups/" + std::to_string(group) + "/macos/apps";
+}
+
+const std::string I = blob("Big%20App&Co.pkg", 570, "Application"),
+                  M = blob("meta%20data.plist", 570, "General"),
+                  C = blob("icon.png", 570, "General"), A = app(570);
+
+constexpr std::int64_t top = INT64_MAX;
+const std::string T = std::to_string(top);
+
+// A signed-in scene with the three files; blob numbers start at
+// \p firstBlob, application numbers at \p firstApp.
+struct UploadScene : e2e::Scene {
+  explicit UploadScene(std::int64_t firstBlob = 101,
+                       std::int64_t firstApp = 4711)
+      : e2e::Scene(options(firstBlob, firstApp)) {
+    e2e::writeFile(dir() / "Big App&Co.pkg", installerBytes);
+    e2e::writeFile(dir() / "meta data.plist", metadataBytes);
+    e2e::writeFile(dir() / "icon.png", iconBytes);
+    store(account());
+    con().mapGroup("Top", top);
+  }
+  static mockconsole::Options options(std::int64_t blob, std::int64_t app) {
+    mockconsole::Options options;
+    options.firstBlobId = blob;
+    options.firstApplicationId = app;
+    return options;
+  }
+};
+
+struct SuccessCase {
+  Args arguments;
+  std::int64_t firstBlob, firstApp;
+  std::vector<std::string> requests;
+  std::string number, application;
+};
+
+// clang-format off
+const SuccessCase successCases[] = {
+    {with(typed, icon), 101, 4711, {I, M, C, A}, "570", R"({
+  "pkgInfoBlobId": 102,
+  "isManagedInstall": true,
+  "applicationBlobId": 101,
+  "applicationIconId":103
+})"},
+    {typed, 101, 4711, {I, M, A}, "570", R"({
+  "pkgInfoBlobId": 102,
+  "isManagedInstall": true,
+  "applicationBlobId": 101
+})"},
+    // The group changes first, and for good.
+    {with(typed, {"-g", "Org2"}), 5, 6,
+     {"GET /api/system/groups/search?groupID=Org2",
+      blob("Big%20App&Co.pkg", 571, "Application"),
+      blob("meta%20data.plist", 571, "General"), app(571)}, "571", R"({
+  "pkgInfoBlobId": 6,
+  "isManagedInstall": true,
+  "applicationBlobId": 5
+})"},
+    // The largest numbers a console can send go through unchanged.
+    {with(typed, {"-l", "{dir}/icon.png", "-g", "Top"}), top - 2, top,
+     {"GET /api/system/groups/search?groupID=Top",
+      blob("Big%20App&Co.pkg", top, "Application"),
+      blob("meta%20data.plist", top, "General"),
+      blob("icon.png", top, "General"), app(top)}, T, R"({
+  "pkgInfoBlobId": 9223372036854775806,
+  "isManagedInstall": true,
+  "applicationBlobId": 9223372036854775805,
+  "applicationIconId":9223372036854775807
+})"},
+};
+// clang-format on
+
+TEST(UploadTest, PublishesTheFilesAsTheyAreAndTheApplicationThatTiesThem) {
+  for (const SuccessCase &c : successCases) {
+    SCOPED_TRACE(testing::PrintToString(c.arguments));
+    UploadScene scene(c.firstBlob, c.firstApp);
+    e2e::Run run = scene.run(c.arguments);
+    bool withIcon = c.application.find("Icon") != std::string::npos;
+    std::vector<std::string> names = {"installer", "metadata"};
+    if (withIcon)
+      names.push_back("icon");
+    EXPECT_EQ(run.out, e2e::uploaded(names, std::to_string(c.firstApp)));
+    EXPECT_EQ(run.err, "");
+    EXPECT_EQ(run.code, 0);
+    EXPECT_EQ(scene.requests(), c.requests);
+    std::vector<mockconsole::LoggedRequest> log = scene.con().getRequests();
+    std::vector<std::string> bodies = {installerBytes, metadataBytes};
+    if (withIcon)
+      bodies.push_back(iconBytes);
+    bodies.push_back(c.application);
+    ASSERT_GE(log.size(), bodies.size());
+    log.erase(log.begin(), log.end() - bodies.size());
+    for (std::size_t i = 0; i < bodies.size(); ++i) {
+      EXPECT_EQ(log[i].body, bodies[i]);
+      // The four fields of the account, and what HTTP needs, no more.
+      EXPECT_EQ(log[i].headers,
+                (mockconsole::Headers{
+                    {"Accept", "application/json;version=2"},
+                    {"Authorization", "Basic YWxpY2U6czNjcmV0"},
+                    {"Content-Length", std::to_string(bodies[i].size())},
+                    {"Content-Type", "application/json"},
+                    {"Host", scene.expand("{base}").substr(7)},
+                    {"qm-tenant-code", "tenant-key"}}));
+    }
+    EXPECT_EQ(scene.stored()["groupIdNum"], c.number);
+  }
+}
+
+// Changes to alice's stored account: a value, or none to remove the item.
+using Changes = std::vector<std::pair<std::string, std::optional<std::string>>>;
+
+// Runs the upload and compares what the user reads (after \p shown of the
+// successful steps), the exit code and the requests.
+void expectUpload(UploadScene &scene, const Args &arguments,
+                  const std::string &out, int code,
+                  const std::vector<std::string> &requests) {
+  SCOPED_TRACE(testing::PrintToString(arguments) + " " + out);
+  e2e::Run run = scene.run(arguments);
+  EXPECT_EQ(run.out, out);
+  EXPECT_EQ(run.err, "");
+  EXPECT_EQ(run.code, code);
+  EXPECT_EQ(scene.requests(), requests);
+}
+
+std::string error(const std::string &text) {
+  return "\n❗️Error: " + text + "\n";
+}
+
+struct RefusalCase {
+  Changes account;
+  Args arguments;
+  std::string out;
+  int code;
+  std::vector<std::string> requests = {};
+};
+
+const Changes signedOut = {{"username", std::nullopt}};
+const std::string noNumber =
+    "❗️Error: Unable to fetch the group id while uploading the binary\n";
+const std::string badInstaller =
+    error("Please enter valid installer files of type .dmg, .pkg or .mpkg");
+// The two blobs' lines, before the application's.
+const std::string two = e2e::uploaded({"installer", "metadata"}, "");
+
+// clang-format off
+const RefusalCase refusalCases[] = {
+    {signedOut, typed, error("Not Signed in, please use config subcommand to sign into console.\n"), 46},
+    // The group change comes first, and fails on its own terms.
+    {signedOut, with(typed, {"-g", "Org2"}), error("Username not found in the keychain. Please login again"), 23},
+    {{{"groupIdNum", std::nullopt}}, typed, error("Group ID number not found in the keychain. Please login again"), 25},
+    {{{"groupIdNum", "570abc"}}, typed, noNumber, 30},
+    {{{"groupIdNum", "9223372036854775808"}}, typed, noNumber, 30},
+    {{{"hostname", "http://console:port"}}, typed, "\n\n" + error("Unable to form a valid URL with the string http://console:port/api/mam/blobs/uploadblob?filename=Big App&Co.pkg&organizationgroupid=570&moduleType=Application"), 31},
+    // Only the installer is reported when both suffixes are wrong.
+    {{}, {"upload", "-i", "{dir}/a.zip", "-m", "{dir}/a.txt"}, badInstaller, 39},
+    {{}, {"upload", "-i", "{dir}/Big.app", "-m", "{dir}/a.plist"}, badInstaller, 39},
+    {{}, {"upload", "-i", "{dir}/BIG.PKG", "-m", "{dir}/a.plist"}, badInstaller, 39},
+    {{}, {"upload", "-i", "{dir}/a.pkg.zip", "-m", "{dir}/a.plist"}, badInstaller, 39},
+    {{}, {"upload", "-i", "{dir}/a.pkg", "-m", "{dir}/a.Plist"}, error("Please enter valid metadata files of type .plist"), 40},
+    {{}, {"upload", "-i", "{dir}/100%.pkg", "-m", "{dir}/a.plist"}, error("Unable to fetch the location of the installer file."), 36},
+    {{}, {"upload", "-i", "{dir}/a.pkg", "-m", "{dir}/%zz.plist"}, error("Unable to fetch the location of the metadata file."), 37},
+    // An icon path found bad only after two uploads: no application.
+    {{}, with(typed, {"-l", "{dir}/50%.png"}), two + error("Unable to get the valid icon path."), 43, {I, M}},
+    // A file that isn't there goes out as an empty body.
+    {{}, {"upload", "-i", "{dir}/none.pkg", "-m", "{dir}/meta data.plist"}, "\n\n" + error("The uploaded file is empty."), 33, {blob("none.pkg", 570, "Application")}},
+};
+// clang-format on
+
+TEST(UploadTest, RefusesWhatTheAccountOrTheFilesDoNotAllow) {
+  for (const RefusalCase &c : refusalCases) {
+    UploadScene scene;
+    for (const auto &[key, value] : c.account)
+      value ? scene.keychain().set(*value, key) : scene.keychain().remove(key);
+    expectUpload(scene, c.arguments, c.out, c.code, c.requests);
+  }
+}
+
+struct AnswerCase {
+  Route route;
+  int call;
+  mockconsole::Answer answer;
+  std::string out;
+  int code;
+};
+
+const Route blobs = Route::UploadBlob, apps = Route::CreateApplication;
+using e2e::answer;
+// After the spinner of the installer.
+const std::string at1 = "\n\n";
+const std::string notJson =
+    at1 +
+    error("Unable to get a valid JSON response while uploading the binary");
+const std::string noValue =
+    at1 + error("The API response doesn't contain the Blod id value");
+const std::string unknownBlob =
+    at1 +
+    error(
+        "The API response error message is unknown while uploading the binary");
+const std::string unknownApp =
+    two + error("The API response error message is unknown while creating an "
+                "application");
+
+// clang-format off
+const AnswerCase answerCases[] = {
+    {blobs, 1, answer(500, R"({"message":"Quota exceeded"})"), at1 + error("Quota exceeded"), 33},
+    {blobs, 1, answer(201, R"({"message":"Created?"})"), at1 + error("Created?"), 33},
+    {blobs, 1, answer(500, "{}"), unknownBlob, 34},
+    {blobs, 1, answer(201, R"({"Value":7})"), unknownBlob, 34},
+    {blobs, 1, answer(200, "{}"), noValue, 35},
+    {blobs, 1, answer(200, R"({"Value":"7"})"), noValue, 35},
+    {blobs, 1, answer(200, R"({"Value":7.5})"), noValue, 35},
+    {blobs, 1, answer(200, R"({"Value":9223372036854775808})"), noValue, 35},
+    {blobs, 1, answer(200, "<html/>"), notJson, 32},
+    {blobs, 1, answer(204, ""), notJson, 32},
+    {blobs, 1, e2e::dropped(installerBytes.size()), at1 + error("The network connection was lost (Empty reply from server)"), 47},
+    {blobs, 2, answer(400, R"({"message":"Bad plist"})"), e2e::uploaded({"installer"}, "") + at1 + error("Bad plist"), 33},
+    {apps, 1, answer(409, R"({"message":"Exists"})"), two + error("Exists"), 52},
+    {apps, 1, answer(200, R"({"message":"Exists"})"), two + error("Exists"), 52},
+    {apps, 1, answer(500, "<html/>"), unknownApp, 53},
+    {apps, 1, answer(200, "{}", {{"Location", "/a/1"}}), unknownApp, 53},
+    // No connection at all is no network error here.
+    {apps, 1, e2e::dropped(), unknownApp, 53},
+    // Success without a usable Location shows no link.
+    {apps, 1, answer(201, ""), two, 0},
+    {apps, 1, answer(201, "", {{"location", "/apps/7/"}}), e2e::uploaded({"installer", "metadata"}, "7"), 0},
+};
+// clang-format on
+
+TEST(UploadTest, TellsWhatTheConsoleAnsweredWithItsCode) {
+  for (const AnswerCase &c : answerCases) {
+    UploadScene scene;
+    scene.con().scriptAnswer(c.route, c.call, c.answer);
+    std::vector<std::string> requests = {I, M, A};
+    requests.resize(c.route == apps ? 3 : c.call);
+    expectUpload(scene, typed, c.out, c.code, requests);
+  }
+  // A failed icon upload creates no application without its icon.
+  UploadScene scene;
+  scene.con().scriptAnswer(blobs, 3, answer(400, R"({"message":"Bad"})"));
+  expectUpload(scene, with(typed, icon), two + at1 + error("Bad"), 33,
+               {I, M, C});
+}
+
+} // namespace

@@ -22,8 +22,8 @@ using HttpHeaders = std::vector<std::pair<std::string, std::string>>;
                                                     std::string_view name);
 
 /// What a request carries as its body: nothing, bytes held in memory, or a
-/// file that is read from disk in chunks while it is sent, so that a large
-/// file costs no memory. Copies share the content.
+/// regular file that is read from disk in chunks while it is sent, so that a
+/// large file costs no memory. Copies share the content.
 class HttpBody {
 public:
   /// No body.
@@ -32,8 +32,10 @@ public:
   /// The bytes \p bytes.
   static HttpBody fromBytes(std::string bytes);
 
-  /// The regular file at \p path, opened now and sent whole as it is at
-  /// this moment. Absent when it can't be opened or isn't a regular file.
+  /// The file at \p path, opened now. A regular file is streamed and must
+  /// stay as it is now until its last byte has been read; anything else (a
+  /// pipe, a device, a file whose size reads 0) is read to its end now and
+  /// sent as those bytes. Absent when it can't be opened or read.
   [[nodiscard]] static std::optional<HttpBody>
   openFile(const std::filesystem::path &path);
 
@@ -43,7 +45,7 @@ public:
   /// Copies up to \p size bytes from \p offset into \p buffer and returns
   /// how many it copied; 0 only at the end. Throws std::runtime_error, with
   /// a sentence that names the file, when a file can't be read or has
-  /// shrunk since it was opened.
+  /// changed since it was opened (checked when its last byte is read).
   std::size_t readAt(std::uint64_t offset, char *buffer,
                      std::size_t size) const;
 

@@ -1,5 +1,7 @@
 #include "Platform/HttpSession.h"
 
+#include "Platform/UrlReference.h"
+
 #include <curl/curl.h>
 
 #include <algorithm>
@@ -44,6 +46,7 @@ struct CurlUrlDeleter {
 };
 using CurlHandle = std::unique_ptr<CURL, CurlDeleter>;
 using HeaderList = std::unique_ptr<curl_slist, SlistDeleter>;
+using CurlUrl = std::unique_ptr<CURLU, CurlUrlDeleter>;
 
 void initialiseCurl() {
   static std::once_flag once;
@@ -119,26 +122,58 @@ struct Origin {
   bool operator==(const Origin &) const = default;
 };
 
-std::optional<Origin> originOf(const std::string &url) {
-  std::unique_ptr<CURLU, CurlUrlDeleter> handle(curl_url());
+/// \p url read as libcurl reads the URL of a transfer; absent when it
+/// can't.
+CurlUrl parseAsCurl(const std::string &url) {
+  CurlUrl handle(curl_url());
   if (!handle ||
-      curl_url_set(handle.get(), CURLUPART_URL, url.c_str(), 0) != CURLUE_OK)
+      curl_url_set(handle.get(), CURLUPART_URL, url.c_str(),
+                   CURLU_NON_SUPPORT_SCHEME | CURLU_GUESS_SCHEME) != CURLUE_OK)
+    return nullptr;
+  return handle;
+}
+
+std::optional<std::string> partOf(CURLU *url, CURLUPart which,
+                                  unsigned int flags = 0) {
+  char *text = nullptr;
+  if (curl_url_get(url, which, &text, flags) != CURLUE_OK)
     return std::nullopt;
-  auto part = [&](CURLUPart which,
-                  unsigned int flags) -> std::optional<std::string> {
-    char *text = nullptr;
-    if (curl_url_get(handle.get(), which, &text, flags) != CURLUE_OK)
-      return std::nullopt;
-    std::string value(text);
-    curl_free(text);
-    return value;
-  };
-  auto scheme = part(CURLUPART_SCHEME, 0);
-  auto host = part(CURLUPART_HOST, 0);
-  auto port = part(CURLUPART_PORT, CURLU_DEFAULT_PORT);
+  std::string value(text);
+  curl_free(text);
+  return value;
+}
+
+std::optional<Origin> originOf(const std::string &url) {
+  CurlUrl handle = parseAsCurl(url);
+  if (!handle)
+    return std::nullopt;
+  auto scheme = partOf(handle.get(), CURLUPART_SCHEME);
+  auto host = partOf(handle.get(), CURLUPART_HOST);
+  auto port = partOf(handle.get(), CURLUPART_PORT, CURLU_DEFAULT_PORT);
   if (!scheme || !host || !port)
     return std::nullopt;
   return Origin{toLower(*scheme), toLower(*host), *port};
+}
+
+/// Refuses a URL that names no host, or whose host libcurl reads otherwise
+/// than our own parser does: "https:///api/x" has an empty host, while
+/// libcurl would look up a host called "api". Such a request is never
+/// started, so no name is looked up and no connection made that nobody
+/// named.
+std::optional<HttpError> checkHost(const std::string &url, CURLU *parsed) {
+  std::optional<UrlReference> reference = UrlReference::parse(url);
+  std::string named = reference && reference->host ? *reference->host : "";
+  if (named.empty())
+    return HttpError{"The URL is not supported (it names no host)"};
+  if (!parsed)
+    return describeFailure(CURLE_URL_MALFORMAT, nullptr);
+  std::string read = partOf(parsed, CURLUPART_HOST).value_or("");
+  if (read.size() > 1 && read.front() == '[' && read.back() == ']')
+    read = read.substr(1, read.size() - 2);
+  if (toLower(named) != toLower(read))
+    return HttpError{"The URL is not supported (its host '" + named +
+                     "' would be read as '" + read + "')"};
+  return std::nullopt;
 }
 
 bool isTokenCharacter(unsigned char c) {
@@ -290,16 +325,16 @@ bool isRedirect(long status) {
 
 /// Sets up \p handle for one request of the chain. Returns the failure of
 /// the first option that libcurl refuses.
-CURLcode configure(CURL *handle, const std::string &url,
-                   const std::string &method, Exchange &exchange,
-                   curl_slist *headers, char *errorBuffer) {
+CURLcode configure(CURL *handle, CURLU *url, const std::string &method,
+                   Exchange &exchange, curl_slist *headers, char *errorBuffer) {
   const HttpBody &body = *exchange.body;
   CURLcode code = CURLE_OK;
   auto set = [&](CURLoption option, auto value) {
     if (code == CURLE_OK)
       code = curl_easy_setopt(handle, option, value);
   };
-  set(CURLOPT_URL, url.c_str());
+  // The URL as checked, not the text again: libcurl sends what was checked.
+  set(CURLOPT_CURLU, url);
   set(CURLOPT_ERRORBUFFER, errorBuffer);
   set(CURLOPT_NOSIGNAL, 1L);
   set(CURLOPT_PROTOCOLS_STR, "http,https");
@@ -367,25 +402,36 @@ void HttpTask::Transfer::run() {
     } catch (const std::bad_alloc &) {
       return fail(describeFailure(CURLE_OUT_OF_MEMORY, nullptr));
     }
+    CurlUrl parsed = parseAsCurl(url);
+    if (auto refused = checkHost(url, parsed.get()))
+      return fail(*refused);
     char errorBuffer[CURL_ERROR_SIZE] = {};
     Exchange exchange;
     exchange.body = &body;
     // A reset keeps the connections, so a redirect to the same server
     // reuses its connection.
     curl_easy_reset(handle.get());
-    CURLcode code = configure(handle.get(), url, method, exchange,
+    CURLcode code = configure(handle.get(), parsed.get(), method, exchange,
                               headers.get(), errorBuffer);
-    if (code == CURLE_OK)
-      code = curl_easy_perform(handle.get());
-    if (code != CURLE_OK) {
-      if (exchange.bodyFailure)
-        return fail(HttpError{"The request body could not be sent (" +
-                              *exchange.bodyFailure + ")"});
+    if (code != CURLE_OK)
       return fail(describeFailure(code, errorBuffer));
-    }
-
+    code = curl_easy_perform(handle.get());
     long status = 0;
     curl_easy_getinfo(handle.get(), CURLINFO_RESPONSE_CODE, &status);
+    if (code != CURLE_OK) {
+      HttpError error = exchange.bodyFailure
+                            ? HttpError{"The request body could not be sent (" +
+                                        *exchange.bodyFailure + ")"}
+                            : describeFailure(code, errorBuffer);
+      // A final answer's status and fields that came in before the failure
+      // go along with it: the caller may decide by them.
+      std::optional<HttpResponse> received;
+      if (status >= 200)
+        received = HttpResponse{status, std::move(exchange.headers)};
+      completion(std::nullopt, std::move(received), std::move(error));
+      return;
+    }
+
     char *next = nullptr;
     curl_easy_getinfo(handle.get(), CURLINFO_REDIRECT_URL, &next);
     if (!isRedirect(status) || next == nullptr) {

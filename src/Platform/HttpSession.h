@@ -26,8 +26,10 @@ struct HttpSessionConfiguration {
 };
 
 /// Called once when a request has ended. On an answer: the body (possibly
-/// empty), the response and no error. On a failure: no data, no response
-/// and the error. It runs on the task's own thread and must not throw.
+/// empty), the response and no error. On a failure: no data and the error,
+/// with the response when its status line and header fields had come in
+/// before the failure (a server that declared a body and hung up early). It
+/// runs on the task's own thread and must not throw.
 using DataTaskCompletion = std::function<void(
     std::optional<std::string> data, std::optional<HttpResponse> response,
     std::optional<HttpError> error)>;
@@ -55,7 +57,9 @@ private:
 /// An HTTP client over libcurl. Each request follows redirects (at most 20),
 /// verifies TLS against the system's certificates, takes proxies from the
 /// environment and has no time-out of any kind, the connect phase included:
-/// it waits for as long as the server and the network do.
+/// it waits for as long as the server and the network do. A URL without a
+/// host, or whose host libcurl would read otherwise than UrlReference does,
+/// fails as an unsupported URL before any lookup or connection.
 class HttpSession {
 public:
   explicit HttpSession(HttpSessionConfiguration configuration);

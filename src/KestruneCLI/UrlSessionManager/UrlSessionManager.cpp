@@ -71,9 +71,11 @@ void sendAndWait(const platform::HttpSession &session,
 }
 
 /// The answer's body as a JSON object; absent without data, for text that
-/// isn't JSON and for any other top level.
+/// isn't JSON and for any other top level. The whole body must be JSON: the
+/// parser would take a NUL byte for the end of its input, and JSON holds no
+/// raw NUL anywhere, so a body with one is no JSON.
 std::optional<Json> parseObject(const std::optional<std::string> &data) {
-  if (!data)
+  if (!data || data->find('\0') != std::string::npos)
     return std::nullopt;
   Json json = Json::parse(*data, nullptr, /*allow_exceptions=*/false);
   if (json.is_discarded() || !json.is_object())
@@ -195,7 +197,8 @@ std::string applicationSuccessMessage(const std::string &identifier) {
 }
 
 // This callback looks at the status first and never at the error: a request
-// that failed outright ends like any answer without a usable message.
+// that failed outright ends like any answer without a usable message, and a
+// 201 whose body was cut off still tells that the application was created.
 void readApplicationAnswer(
     ResultCells &cells, const std::optional<std::string> &data,
     const std::optional<platform::HttpResponse> &response) {

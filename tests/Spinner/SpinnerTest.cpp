@@ -91,10 +91,7 @@ TEST(SpinnerTest, WritesExactlyItsBytes) {
        "\xa7x",
        [](Spinner &s) { s.stop("", "*", ""); }, redraw("*", "  ") + show},
       {"blanks stay", OutputTarget::unknown, "abcdef",
-       [](Spinner &s) {
-         s.setText("ab");
-         s.stop("x", "*", "");
-       },
+       [](Spinner &s) { s.setText("ab"), s.stop("x", "*", ""); },
        redraw("*", "x     ") + show},
   };
   for (const Row &row : rows) {
@@ -207,9 +204,6 @@ TEST(SpinnerTest, ReadsPatternFilesOrSaysWhatIsWrong) {
       {"locked.json", "{}", "pattern file '@' is not readable"},
       {"empty.json", "", "pattern file '@' could not be read"},
       {"c.json", "frames: x", "pattern data is not valid JSON"},
-      {"d.json", R"({"frames":["a"],"speed":"fast"})",
-       "pattern \"speed\" is not a number"},
-      {"e.json", R"({"frames":[],"speed":1})", "pattern \"frames\" is empty"},
   };
   for (const Row &row : rows) {
     SCOPED_TRACE(row.name);

@@ -18,42 +18,39 @@ namespace {
 using styling::OutputTarget;
 using styling::TextStyling;
 
+// Styling switched off is written as no target at all.
 TEST(TextStylingTest, WritesTheBytesOfEachTarget) {
   const OutputTarget console = OutputTarget::console;
   const OutputTarget xcode = OutputTarget::xcodeColors;
+  const std::optional<OutputTarget> off;
   struct Row {
-    OutputTarget target;
-    bool enabled;
+    std::optional<OutputTarget> target;
     std::string (*style)(std::string_view);
     std::string_view input, expected;
   };
   const Row rows[] = {
-      {console, true, styling::red, "x", "\x1b[31mx\x1b[0m"},
-      {console, true, styling::bold, "\x1b[31mx\x1b[0m", "\x1b[31;1mx\x1b[0m"},
-      {console, true, styling::blue, "\x1b[31;1mx\x1b[0m",
-       "\x1b[34;1mx\x1b[0m"},
-      {console, true, styling::onBlue, "\x1b[31mx\x1b[0m",
-       "\x1b[31;44mx\x1b[0m"},
+      {console, styling::red, "x", "\x1b[31mx\x1b[0m"},
+      {console, styling::bold, "\x1b[31mx\x1b[0m", "\x1b[31;1mx\x1b[0m"},
+      {console, styling::blue, "\x1b[31;1mx\x1b[0m", "\x1b[34;1mx\x1b[0m"},
       // Text behind the reset makes the whole text plain: wrapped anew.
-      {console, true, styling::bold, "\x1b[31mx\x1b[0m!",
+      {console, styling::bold, "\x1b[31mx\x1b[0m!",
        "\x1b[1m\x1b[31mx\x1b[0m!\x1b[0m"},
-      {console, true, styling::removingColor, "\x1b[31;1mx\x1b[0m",
+      {console, styling::removingColor, "\x1b[31;1mx\x1b[0m",
        "\x1b[39;1mx\x1b[0m"},
-      {console, true, styling::raw, "\x1b[31;1mx\x1b[0m", "x"},
-      {console, true, styling::bold, "\x1b[fg0,0,255;x\x1b[;",
-       "\x1b[34;1mx\x1b[0m"},
-      {xcode, true, styling::red, "x", "\x1b[fg255,0,0;x\x1b[;"},
-      {xcode, true, styling::onBlue, "\x1b[fg255,0,0;x\x1b[;",
+      {console, styling::raw, "\x1b[31;1mx\x1b[0m", "x"},
+      {console, styling::bold, "\x1b[fg0,0,255;x\x1b[;", "\x1b[34;1mx\x1b[0m"},
+      {xcode, styling::red, "x", "\x1b[fg255,0,0;x\x1b[;"},
+      {xcode, styling::onBlue, "\x1b[fg255,0,0;x\x1b[;",
        "\x1b[fg255,0,0;\x1b[bg0,0,255;x\x1b[;"},
-      {xcode, true, styling::bold, "x", "x"},
-      {OutputTarget::unknown, true, styling::red, "\x1b[31mx\x1b[0m", "x"},
-      {console, false, styling::red, "x", "x"},
-      {console, false, styling::raw, "\x1b[31;1mx\x1b[0m", "x"},
+      {xcode, styling::bold, "x", "x"},
+      {OutputTarget::unknown, styling::red, "\x1b[31mx\x1b[0m", "x"},
+      {off, styling::red, "x", "x"},
+      {off, styling::raw, "\x1b[31;1mx\x1b[0m", "x"},
   };
   for (const Row &row : rows) {
     SCOPED_TRACE(testing::PrintToString(std::string(row.input)));
-    TextStyling::setOutputTarget(row.target);
-    TextStyling::setEnabled(row.enabled);
+    TextStyling::setOutputTarget(row.target.value_or(console));
+    TextStyling::setEnabled(row.target.has_value());
     EXPECT_EQ(row.style(row.input), row.expected);
   }
   TextStyling::setEnabled(true);
@@ -70,7 +67,6 @@ TEST(TextStylingTest, DecidesTheTargetByStandardOutput) {
   const Row rows[] = {
       {nullptr, "xterm", STDERR_FILENO, OutputTarget::console},
       {nullptr, "xterm", STDOUT_FILENO, OutputTarget::unknown},
-      {nullptr, "", -1, OutputTarget::console},
       {nullptr, "DUMB", -1, OutputTarget::unknown},
       {nullptr, nullptr, -1, OutputTarget::unknown},
       {"yes", "xterm", -1, OutputTarget::console},

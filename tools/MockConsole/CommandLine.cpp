@@ -34,6 +34,7 @@ Options:
                         method, raw target, headers as received (credentials
                         included), body length and SHA-256, status
   --no-hash             count body bytes without hashing them (benchmarks)
+  --body-rate N         read request bodies at no more than N bytes a second
   -h, --help            show this help and exit
 )";
 
@@ -133,6 +134,11 @@ CommandLine parseCommandLine(const std::vector<std::string> &arguments) {
       auto scripted = parseTarget(value, option);
       scripted.answer.dropAfterBodyBytes = 0;
       commandLine.scriptedCalls.push_back(std::move(scripted));
+    } else if (option == "--body-rate") {
+      std::int64_t rate = parseNumber(value, option);
+      if (rate < 1)
+        throw std::invalid_argument("--body-rate: at least 1 byte a second");
+      commandLine.options.bodyBytesPerSecond = static_cast<std::uint64_t>(rate);
     } else if (option == "--log") {
       commandLine.options.logPath = std::string(value);
     } else {

@@ -90,7 +90,8 @@ struct ReceivedBody {
 class BodySink {
 public:
   BodySink(const Options &options, std::optional<std::uint64_t> dropAfter)
-      : keptBytes(options.keptBodyBytes), dropAfter(dropAfter) {
+      : keptBytes(options.keptBodyBytes), dropAfter(dropAfter),
+        bytesPerSecond(options.bodyBytesPerSecond) {
     if (options.hashBodies)
       digest.emplace();
     body.dropped = dropAfter && *dropAfter == 0;
@@ -107,6 +108,12 @@ public:
       digest->update(data, size);
     if (body.kept.size() < keptBytes)
       body.kept.append(data, std::min(size, keptBytes - body.kept.size()));
+    // A throttled console takes no more than its rate since the first byte.
+    if (bytesPerSecond > 0)
+      std::this_thread::sleep_until(
+          started +
+          std::chrono::duration<double>(static_cast<double>(body.length) /
+                                        static_cast<double>(bytesPerSecond)));
     return !body.dropped;
   }
 
@@ -123,6 +130,9 @@ public:
 private:
   std::size_t keptBytes;
   std::optional<std::uint64_t> dropAfter;
+  std::uint64_t bytesPerSecond;
+  std::chrono::steady_clock::time_point started =
+      std::chrono::steady_clock::now();
   std::optional<BodyDigest> digest;
   ReceivedBody body;
 };
@@ -202,6 +212,7 @@ struct MockConsole::State {
   std::int64_t nextBlobId = 1;
   std::int64_t nextApplicationId = 1;
   std::uint64_t releaseGeneration = 0;
+  std::uint64_t bodyBytesRead = 0;
   bool stopping = false;
   std::ofstream logFile;
 
@@ -225,7 +236,14 @@ private:
   void log(Route route, const httplib::Request &request,
            const ReceivedBody &body, int status);
   void waitBeforeAnswering(const Answer &answer);
+  void countBodyBytes(std::uint64_t count);
 };
+
+void MockConsole::State::countBodyBytes(std::uint64_t count) {
+  std::lock_guard lock(mutex);
+  bodyBytesRead += count;
+  changed.notify_all();
+}
 
 std::optional<Answer> MockConsole::State::takeScriptedAnswer(Route route) {
   std::lock_guard lock(mutex);
@@ -258,8 +276,14 @@ MockConsole::State::readBody(const httplib::Request &request,
   if (length)
     socket = findConnectionSocket(request.local_port, request.remote_addr,
                                   request.remote_port);
+  auto take = [&](const char *data, std::size_t size) {
+    std::uint64_t before = sink.getLength();
+    bool more = sink.take(data, size);
+    countBodyBytes(sink.getLength() - before);
+    return more;
+  };
   (*reader)([&](const char *data, std::size_t size) {
-    return sink.take(data, size) && !socket;
+    return take(data, size) && !socket;
   });
   if (!socket || sink.isDropped())
     return sink.finish();
@@ -285,7 +309,7 @@ MockConsole::State::readBody(const httplib::Request &request,
       sink.markClientGone();
       break;
     }
-    if (!sink.take(buffer.data(), static_cast<std::size_t>(n)))
+    if (!take(buffer.data(), static_cast<std::size_t>(n)))
       break;
   }
   return sink.finish();
@@ -491,7 +515,20 @@ void MockConsole::State::handle(Route route, const httplib::Request &request,
     else
       response.headers.emplace(name, value);
   }
-  response.set_content(answer.body, contentType);
+  if (!answer.cutBodyAfter) {
+    response.set_content(answer.body, contentType);
+    return;
+  }
+  // The whole length is declared; the provider sends the first bytes and
+  // then fails, which makes the library close the connection.
+  std::string sent = answer.body.substr(0, *answer.cutBodyAfter);
+  response.set_content_provider(
+      answer.body.size(), contentType,
+      [sent](std::size_t offset, std::size_t, httplib::DataSink &sink) {
+        if (offset < sent.size())
+          sink.write(sent.data() + offset, sent.size() - offset);
+        return false;
+      });
 }
 
 MockConsole::MockConsole(Options options)
@@ -621,6 +658,13 @@ bool MockConsole::waitForRequests(std::size_t count,
   std::unique_lock lock(state->mutex);
   return state->changed.wait_for(
       lock, timeout, [&] { return state->requests.size() >= count; });
+}
+
+bool MockConsole::waitForBodyBytes(std::uint64_t count,
+                                   std::chrono::milliseconds timeout) const {
+  std::unique_lock lock(state->mutex);
+  return state->changed.wait_for(lock, timeout,
+                                 [&] { return state->bodyBytesRead >= count; });
 }
 
 std::vector<StoredBlob> MockConsole::getBlobs() const {

@@ -47,17 +47,20 @@ struct Account {
 /// every kind of answer a client must cope with.
 struct Answer {
   int status = 200;
-  std::string body;
+  std::string body{};
   /// Header fields of the answer. Content-Type is "application/json"
   /// unless given here.
-  Headers headers;
+  Headers headers{};
   /// Waits this long after reading the request before answering.
   std::chrono::milliseconds delay{0};
   /// Answers only once releaseHeldAnswers() is called or the console stops.
   bool holdUntilReleased = false;
   /// Closes the connection instead of answering, as soon as this many bytes
   /// of the request body are in (0: before reading any).
-  std::optional<std::uint64_t> dropAfterBodyBytes;
+  std::optional<std::uint64_t> dropAfterBodyBytes{};
+  /// Declares the whole body's length but closes the connection after
+  /// sending this many bytes of it.
+  std::optional<std::size_t> cutBodyAfter{};
 };
 
 /// One request as the console received it.
@@ -103,12 +106,14 @@ struct Options {
   int port = 0;
   /// Whether bodies are hashed; off, they are only counted (benchmarks).
   bool hashBodies = true;
+  /// Reads request bodies no faster than this; 0 for as fast as they come.
+  std::uint64_t bodyBytesPerSecond = 0;
   /// How many bytes of each body the log keeps.
   std::size_t keptBodyBytes = 64 * 1024;
   std::int64_t firstBlobId = 1;
   std::int64_t firstApplicationId = 1;
   /// When set, one JSON line per request is appended to this file.
-  std::optional<std::filesystem::path> logPath;
+  std::optional<std::filesystem::path> logPath{};
 };
 
 /// A device-management console on a loopback port: a stand-in for the real
@@ -155,6 +160,10 @@ public:
   /// Waits until at least \p count requests are logged; false on time-out.
   bool waitForRequests(std::size_t count,
                        std::chrono::milliseconds timeout) const;
+  /// Waits until the request bodies read so far, those still coming in
+  /// included, add up to at least \p count bytes; false on time-out.
+  bool waitForBodyBytes(std::uint64_t count,
+                        std::chrono::milliseconds timeout) const;
   /// Every blob stored so far.
   std::vector<StoredBlob> getBlobs() const;
 

@@ -125,17 +125,32 @@ struct Flags : ParsableCommand<Flags> {
   }
 };
 
+/// Positionals, and for its help a label of 24 characters, a discussion, a
+/// hidden flag, a custom value name, and characters of several bytes.
 struct Positionals : ParsableCommand<Positionals> {
   static constexpr std::string_view typeName = "Positionals";
   std::string source;
-  std::optional<std::string> target;
+  std::optional<std::string> target, value;
   std::vector<std::string> extras;
-  bool force = false;
+  bool force = false, below = false, discuss = false, secret = false,
+       words = false;
   static Arguments<Positionals> arguments() {
-    return {argument(&Positionals::source, "source").help("Where from"),
-            argument(&Positionals::target, "target"),
-            argument(&Positionals::extras, "extras"),
-            flag(&Positionals::force, "force")};
+    return {
+        argument(&Positionals::source, "source").help("Where from"),
+        argument(&Positionals::target, "target"),
+        argument(&Positionals::extras, "extras"),
+        flag(&Positionals::force, "force"),
+        flag(&Positionals::below, "below")
+            .name(customLong("bbbbbbbbbbbbbbbbbbbbbb"))
+            .help("Goes below."),
+        flag(&Positionals::discuss, "discuss")
+            .help(ArgumentHelp("Short.", "A longer discussion that explains.")),
+        flag(&Positionals::secret, "secret").help(ArgumentHelp::hidden()),
+        option(&Positionals::value, "value")
+            .help(ArgumentHelp("Custom value name.", "", "path")),
+        flag(&Positionals::words, "words")
+            .help("déjà vu 💡💡 three four five six"),
+    };
   }
   void validate() override {
     if (source == "bad")
@@ -193,14 +208,15 @@ struct Tool : ParsableCommand<Tool> {
 };
 
 // The outcome of the command line \p line (arguments split at blanks) under
-// \p Root: what the chosen command saw, or the exit code and the whole text
-// of the failure.
-template <typename Root> std::string outcomeOf(const std::string &line) {
+// \p Root with help \p columns wide: what the chosen command saw, or the exit
+// code and the whole text of the failure.
+template <typename Root, std::size_t columns = 80>
+std::string outcomeOf(const std::string &line) {
   std::vector<std::string> arguments;
   std::istringstream words(line);
   for (std::string word; words >> word;)
     arguments.push_back(word);
-  HelpGenerator::screenWidthOverride = 80;
+  HelpGenerator::screenWidthOverride = columns;
   said.clear();
   try {
     Root::parseAsRoot(arguments)->run();
@@ -227,8 +243,9 @@ const Command flags{
     &outcomeOf<Flags>,
     "\nUsage: flags <options>\n  See 'flags --help' for more information."};
 const Command positionals{
-    &outcomeOf<Positionals>,
-    "\nUsage: positionals <source> [<target>] [<extras> ...] [--force]\n"
+    &outcomeOf<Positionals, 40>,
+    "\nUsage: positionals <source> [<target>] [<extras> ...] [--force] "
+    "[--bbbbbbbbbbbbbbbbbbbbbb] [--discuss] [--value <path>] [--words]\n"
     "  See 'positionals --help' for more information."};
 const Command tool{
     &outcomeOf<Tool>,
@@ -249,8 +266,9 @@ SUBCOMMANDS:
   idle
 
   See 'tool help <subcommand>' for detailed help.)";
+// At 40 columns.
 const std::string positionalsHelp =
-    R"(USAGE: positionals <source> [<target>] [<extras> ...] [--force]
+    R"(USAGE: positionals <source> [<target>] [<extras> ...] [--force] [--bbbbbbbbbbbbbbbbbbbbbb] [--discuss] [--value <path>] [--words]
 
 ARGUMENTS:
   <source>                Where from
@@ -259,7 +277,18 @@ ARGUMENTS:
 
 OPTIONS:
   --force
-  -h, --help              Show help information.
+  --bbbbbbbbbbbbbbbbbbbbbb
+                          Goes below.
+  --discuss               Short.
+        A longer discussion that
+        explains.
+  --value <path>          Custom value
+                          name.
+  --words                 déjà vu 💡💡
+                          three four
+                          five six
+  -h, --help              Show help
+                          information.
 )";
 
 TEST(EngineTest, ParsesCommandLinesIntoValuesOrTheirFailure) {
@@ -341,48 +370,6 @@ TEST(EngineTest, ParsesCommandLinesIntoValuesOrTheirFailure) {
             : row.expected;
     EXPECT_EQ(row.command.outcome(row.line), expected);
   }
-}
-
-/// A label of 24 characters, a discussion, a hidden flag, a custom value
-/// name, and characters of several bytes.
-struct Layout : ParsableCommand<Layout> {
-  static constexpr std::string_view typeName = "Layout";
-  bool below = false, discuss = false, secret = false, words = false;
-  std::optional<std::string> value;
-  static Arguments<Layout> arguments() {
-    return {
-        flag(&Layout::below, "below")
-            .name(customLong("bbbbbbbbbbbbbbbbbbbbbb"))
-            .help("Goes below."),
-        flag(&Layout::discuss, "discuss")
-            .help(ArgumentHelp("Short.", "A longer discussion that explains.")),
-        flag(&Layout::secret, "secret").help(ArgumentHelp::hidden()),
-        option(&Layout::value, "value")
-            .help(ArgumentHelp("Custom value name.", "", "path")),
-        flag(&Layout::words, "words").help("déjà vu 💡💡 three four five six"),
-    };
-  }
-};
-
-TEST(EngineTest, WrapsHelpToTheGivenWidth) {
-  EXPECT_EQ(
-      Layout::helpMessage(40),
-      R"(USAGE: layout [--bbbbbbbbbbbbbbbbbbbbbb] [--discuss] [--value <path>] [--words]
-
-OPTIONS:
-  --bbbbbbbbbbbbbbbbbbbbbb
-                          Goes below.
-  --discuss               Short.
-        A longer discussion that
-        explains.
-  --value <path>          Custom value
-                          name.
-  --words                 déjà vu 💡💡
-                          three four
-                          five six
-  -h, --help              Show help
-                          information.
-)");
 }
 
 /// Declarations with every fault the validators know.

@@ -27,48 +27,44 @@ Environment sessionOf(const fs::path &home, const std::string &bus,
 }
 
 TEST(StoreChoiceTest, TheNextProcessReadsWhatOneSavedInTheStoreItChose) {
+  // Paths from "/" lie in a fresh folder, where HOME is "/home"; a store
+  // that is no path is the Secret Service.
   struct Case {
     std::optional<Keyring> keyring; // no bus at all when absent
-    std::optional<std::string> dataHome;
-    std::string store; // "<home>" and "<data>" stand for the folders
+    std::optional<std::string> dataHome, store;
   };
-  const std::string secretService = "Secret Service (default collection)";
-  const std::string underHome = "<home>/.local/share/kestrune-cli/keychain";
+  const std::string underHome = "/home/.local/share/kestrune-cli/keychain";
   const Case cases[] = {
-      {std::nullopt, "<data>", "<data>/kestrune-cli/keychain"},
+      {std::nullopt, "/data", "/data/kestrune-cli/keychain"},
       {std::nullopt, std::nullopt, underHome},
       {std::nullopt, "", underHome},
       {std::nullopt, "relative/data", underHome},
-      {Keyring::none, "<data>", "<data>/kestrune-cli/keychain"},
+      {Keyring::none, "/data", "/data/kestrune-cli/keychain"},
       {Keyring::withoutDefault, std::nullopt, underHome},
-      {Keyring::unlocked, "<data>", secretService},
+      {Keyring::unlocked, "/data", std::nullopt},
   };
   for (const Case &c : cases) {
-    SCOPED_TRACE(c.store + " " + c.dataHome.value_or("(unset)"));
+    SCOPED_TRACE(c.dataHome.value_or("(unset)"));
     std::optional<PrivateSecretService> service;
     if (c.keyring && !service.emplace(*c.keyring).isRunning())
       GTEST_SKIP() << service->getProblem();
-    testsupport::TempDir home, data;
-    auto place = [&](std::string text) {
-      for (auto [mark, path] :
-           {std::pair{"<home>", &home}, std::pair{"<data>", &data}})
-        if (text.find(mark) == 0)
-          text.replace(0, 6, path->path().string());
-      return text;
+    testsupport::TempDir root;
+    auto place = [&](std::optional<std::string> path) {
+      return path && path->find('/') == 0 ? root.path().string() + *path : path;
     };
-    Environment session = sessionOf(
-        home.path(), service ? service->getBusAddress() : "",
-        c.dataHome ? std::optional(place(*c.dataHome)) : std::nullopt);
-    std::string store = place(c.store);
+    Environment session =
+        sessionOf(root.path() / "home", service ? service->getBusAddress() : "",
+                  place(c.dataHome));
     EXPECT_EQ(probe({"describe", ",", "set", "username", "alice"}, session),
               "=> " +
-                  std::string(store == secretService ? "" : "file store at ") +
-                  store + "\n=> ok\n");
+                  (c.store ? "file store at " + *place(c.store)
+                           : "Secret Service (default collection)") +
+                  "\n=> ok\n");
     EXPECT_EQ(probe({"get", "username", ",", "keys"}, session),
-              "=> alice\n=> username\n");
-    EXPECT_EQ(fs::exists(store), store != secretService);
-    EXPECT_EQ(fs::exists(data.path() / "kestrune-cli"),
-              c.store.find("<data>") == 0);
+              "=> alice\n=> username \n");
+    EXPECT_EQ(fs::exists(root.path() / "data"),
+              c.store && c.store->find("/data") == 0);
+    EXPECT_EQ(fs::exists(root.path() / "home"), c.store == underHome);
   }
 }
 
@@ -99,18 +95,8 @@ TEST(StoreChoiceTest, ALockedOrVanishedSecretServiceAnswersWithoutPrompting) {
   const std::string gone = "OSStatus error:[-25291] No keychain is available. "
                            "You may need to restart your computer.\n=> throws "
                            "notAvailable\n";
-  struct Case {
-    std::string name;
-    std::function<void(PrivateSecretService &)> happen;
-    std::string expected;
-  };
-  const Case cases[] = {
-      {"locked", [](auto &s) { s.lockDefaultCollection(); },
-       locked + locked + locked + "=> false\n"},
-      {"vanished", [](auto &s) { s.killDaemon(); }, gone + gone + gone + gone},
-  };
-  for (const Case &c : cases) {
-    SCOPED_TRACE(c.name);
+  for (bool vanish : {false, true}) {
+    SCOPED_TRACE(vanish ? "vanished" : "locked");
     PrivateSecretService service;
     if (!service.isRunning())
       GTEST_SKIP() << service.getProblem();
@@ -124,9 +110,11 @@ TEST(StoreChoiceTest, ALockedOrVanishedSecretServiceAnswersWithoutPrompting) {
          sessionOf(home.path(), service.getBusAddress(), {})});
     EXPECT_EQ(prober.readLine(std::chrono::seconds(30)), "=> ok");
     EXPECT_EQ(prober.readLine(std::chrono::seconds(30)), "=> waiting");
-    c.happen(service);
+    vanish ? service.killDaemon() : service.lockDefaultCollection();
     testsupport::writeFile(resume, "");
-    EXPECT_EQ(prober.readAll(), "=> resumed\n" + c.expected);
+    EXPECT_EQ(prober.readAll(),
+              "=> resumed\n" + (vanish ? gone + gone + gone + gone
+                                       : locked + locked + locked + "=> 10\n"));
     EXPECT_EQ(prober.wait(), 0);
   }
 }

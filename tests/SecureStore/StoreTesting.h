@@ -1,41 +1,17 @@
 #ifndef KESTRUNECLI_TESTS_SECURESTORE_STORETESTING_H
 #define KESTRUNECLI_TESTS_SECURESTORE_STORETESTING_H
 
-#include "SecureStore/Keychain.h"
+#include "KeychainScript.h"
 #include "Support/ProcessRunner.h"
 #include "Support/TestSupport.h"
 
 #include <gtest/gtest.h>
 
-#include <functional>
-#include <string>
-
 namespace securestore {
 
-/// What \p action printed, then "=> " and the text it returned, or
-/// "throws " and the case of the Status (or the description of the other
-/// error) that it threw.
-inline std::string outcomeOf(const std::function<std::string()> &action) {
-  std::string outcome;
-  std::string printed = testsupport::captureStdout([&] {
-    try {
-      outcome = action();
-    } catch (const Status &status) {
-      outcome = "throws " + std::string(status.caseName());
-    } catch (const Error &error) {
-      outcome = "throws " + error.localizedDescription();
-    }
-  });
-  return printed + "=> " + outcome;
-}
-
-/// The outcomes of \p actions, one after the other.
-inline std::string
-outcomesOf(std::initializer_list<std::function<std::string()>> actions) {
-  std::string outcomes;
-  for (const std::function<std::string()> &action : actions)
-    outcomes += outcomeOf(action);
-  return outcomes;
+/// What runScript prints for \p script on \p k, in this process.
+inline std::string scriptOutput(const Keychain &k, const std::string &script) {
+  return testsupport::captureStdout([&] { runScript(k, script); });
 }
 
 /// The standard output of StoreProbe run with \p arguments in \p environment.

@@ -62,6 +62,9 @@ void writeFile(const std::filesystem::path &path, const std::string &bytes) {
 }
 
 std::string readFile(const std::filesystem::path &path) {
+  std::error_code ignored;
+  if (!std::filesystem::is_regular_file(path, ignored))
+    return {};
   std::ifstream in(path, std::ios::binary);
   return std::string(std::istreambuf_iterator<char>(in),
                      std::istreambuf_iterator<char>());

@@ -1,7 +1,5 @@
 #include "EndToEnd/Fixture.h"
 
-#include <cstdint>
-
 // `kestrunecli config` and the account it keeps, against the console
 // simulator: what the user reads, the exit code, the requests the console
 // received and the items left in the store.
@@ -9,25 +7,36 @@
 namespace {
 
 using e2e::Args;
-using e2e::Items;
 using mockconsole::Route;
 
-const std::string signedIn = "\n💡-------------------------------------------💡"
-                             "\n\tYou have signed in successfully.\n\n"
-                             "\n🔑Information has been successfully saved "
-                             "into secure macOS keychain.\n\n";
-const std::string signedOut = "\n🔐-------------------------------------------"
-                              "🔗\n\tYou have signed out successfully.\n\n";
-const std::string noUsername =
-    "\n❗️Error: Username not found in the keychain. Please login again\n";
-const std::string note =
-    " \n\n⚠️ Note: To prompt secure sign-in interactive "
-    "terminal, please only enter GroupID and Hostname "
-    "fields\n";
+// clang-format off
+const std::string signInText = "\n💡-------------------------------------------💡\n\tYou have signed in successfully.\n\n";
+const std::string signedIn = signInText + "\n🔑Information has been successfully saved into secure macOS keychain.\n\n";
+const std::string signedOut = "\n🔐-------------------------------------------🔗\n\tYou have signed out successfully.\n\n";
+const std::string noUsername = "\n❗️Error: Username not found in the keychain. Please login again\n";
+const std::string badHost = "❗️Error: Please check if the hostname is valid\n";
+const std::string note = " \n\n⚠️ Note: To prompt secure sign-in interactive terminal, please only enter GroupID and Hostname fields\n";
+// clang-format on
 
 std::string listing(const std::string &group, const std::string &number) {
   return "\n📖 Account Info:\nUsername:\t\talice\nGroup ID:\t\t" + group +
          "\nGroup ID Number:\t" + number + "\nHostname:\t\t{base}\n\n";
+}
+
+std::string missing(const std::string &what) {
+  return "❗️Error: Please re-enter credentials. " + what + " missing.";
+}
+
+std::string notInStore(const std::string &what) {
+  return "\n❗️Error: " + what +
+         " not found in the keychain. Please login again\n";
+}
+
+// The lookup's URL, with a blank in the group ID, is no URL: the message
+// shows the hostname as it was normalised.
+std::string noUrl(const std::string &hostname) {
+  return "\n❗️Error: Unable to form a valid URL with the string " +
+         hostname + "/api/system/groups/search?groupID=AC ME\n";
 }
 
 Args with(Args first, const Args &more) {
@@ -55,56 +64,31 @@ struct Step {
   std::optional<std::string> group;
 };
 
+// clang-format off
+const Args upload = {"upload", "-i", "{dir}/a.pkg", "-m", "{dir}/a.plist", "-g"};
+const Step steps[] = {
+    {{"config", "--signout"}, "\n❗️Error: You have signed out already.\n", 17, 0, {}},
+    {SignIn{.password = "wrong"}, "\n❗️Error: User credentials are incorrect.\n", 13, 1, {}},
+    {SignIn{.apiKey = "nope"}, "\n❗️Error: The API key (qm-tenant-code) is not valid for this user.\n", 13, 1, {}},
+    {SignIn{.group = "NOPE"}, "\n❗️Error: The url response has no Organization Group details\n", 15, 1, {}},
+    {SignIn{}, signedIn, 0, 1, "Org1"},
+    {{"config", "--list"}, listing("Org1", "570"), 0, 0, "Org1"},
+    {SignIn{}, "\n❗️ERROR: You have already signed in as: alice \n\n", 20, 0, "Org1"},
+    {with(upload, {"NOPE"}), "\n❗️Error: The url response has no Organization Group details\n", 15, 1, "Org1"},
+    {with(upload, {"Org2"}), e2e::uploaded({"installer", "metadata"}, "1"), 0, 4, "Org2"},
+    {{"config", "-l"}, listing("Org2", "571"), 0, 0, "Org2"},
+    {{"config", "--signout"}, signedOut, 0, 0, {}},
+    // The flags run in a fixed order, whatever the order given.
+    {SignIn{.before = {"config", "--signout", "--list"}}, signedIn + signedOut + noUsername, 23, 1, {}},
+    {with(SignIn{}, {"--list"}), signedIn + listing("Org1", "570"), 0, 1, "Org1"},
+    {{"config", "-t", "-l"}, signedOut + noUsername, 23, 0, {}},
+};
+// clang-format on
+
 TEST(AccountTest, LivesFromSignInToSignOutInOneHome) {
   e2e::Scene scene;
   e2e::writeFile(scene.dir() / "a.pkg", "installer");
   e2e::writeFile(scene.dir() / "a.plist", "metadata");
-  const std::string wrongKey = "\n❗️Error: The API key (qm-tenant-code) is "
-                               "not valid for this user.\n";
-  const Step steps[] = {
-      {{"config", "--list"}, noUsername, 23, 0, {}},
-      {{"config", "--signout"},
-       "\n❗️Error: You have signed out already.\n",
-       17,
-       0,
-       {}},
-      {SignIn{.password = "wrong"},
-       "\n❗️Error: User credentials are incorrect.\n",
-       13,
-       1,
-       {}},
-      {SignIn{.apiKey = "nope"}, wrongKey, 13, 1, {}},
-      {SignIn{.group = "NOPE"},
-       "\n❗️Error: The url response has no Organization Group details\n",
-       15,
-       1,
-       {}},
-      {SignIn{}, signedIn, 0, 1, "Org1"},
-      {{"config", "--list"}, listing("Org1", "570"), 0, 0, "Org1"},
-      {SignIn{}, "\n❗️ERROR: You have already signed in as: alice \n\n", 20,
-       0, "Org1"},
-      {{"upload", "-i", "{dir}/a.pkg", "-m", "{dir}/a.plist", "-g", "NOPE"},
-       "\n❗️Error: The url response has no Organization Group details\n",
-       15,
-       1,
-       "Org1"},
-      {{"upload", "-i", "{dir}/a.pkg", "-m", "{dir}/a.plist", "-g", "Org2"},
-       e2e::uploaded({"installer", "metadata"}, "1"),
-       0,
-       4,
-       "Org2"},
-      {{"config", "-l"}, listing("Org2", "571"), 0, 0, "Org2"},
-      {{"config", "--signout"}, signedOut, 0, 0, {}},
-      // The flags run in a fixed order, whatever the order given.
-      {SignIn{.before = {"config", "--signout", "--list"}},
-       signedIn + signedOut + noUsername,
-       23,
-       1,
-       {}},
-      {with(SignIn{}, {"--list"}), signedIn + listing("Org1", "570"), 0, 1,
-       "Org1"},
-      {{"config", "-t", "-l"}, signedOut + noUsername, 23, 0, {}},
-  };
   for (const Step &step : steps) {
     SCOPED_TRACE(testing::PrintToString(step.arguments));
     std::size_t before = scene.requests().size();
@@ -113,178 +97,101 @@ TEST(AccountTest, LivesFromSignInToSignOutInOneHome) {
     EXPECT_EQ(run.err, "");
     EXPECT_EQ(run.code, step.code);
     EXPECT_EQ(scene.requests().size() - before, step.requests);
-    Items expected;
-    if (step.group)
-      expected = scene.account(*step.group);
-    EXPECT_EQ(scene.stored(), expected);
+    EXPECT_EQ(scene.stored(),
+              step.group ? scene.account(*step.group) : e2e::Items{});
   }
 }
 
-// Refused before any request: the command line alone decides.
-TEST(AccountTest, RefusesIncompleteSignInsBeforeAskingTheConsole) {
-  const std::string u = "-u", p = "-p", k = "-k", o = "-o", g = "-g";
-  const std::tuple<Args, std::string, int> cases[] = {
-      {{"--signin"},
-       "❗️Error: Please re-enter credentials. GroupID is missing.\n",
-       5},
-      {{"--signin", o, "{base}"},
-       "❗️Error: Please re-enter credentials. GroupID is missing.\n",
-       5},
-      {{"--signin", g, "Org1"},
-       "❗️Error: Please re-enter credentials. Hostname is missing.\n",
-       4},
-      {{"--signin", p, "p", k, "k", o, "{base}", g, "Org1"},
-       "\n❗️Error: Please re-enter credentials. Username is missing." +
-           note,
-       1},
-      {{"--signin", u, "u", k, "k", o, "{base}", g, "Org1"},
-       "\n❗️Error: Please re-enter credentials. Password is missing." +
-           note,
-       2},
-      {{"--signin", u, "u", p, "p", o, "{base}", g, "Org1"},
-       "\n❗️Error: Please re-enter credentials. Apikey is missing." + note,
-       3},
-      {{"--signin", u, "u", p, "p", k, "k", g, "Org1"},
-       "❗️Error: Please re-enter credentials. Hostname is missing.\n",
-       4},
-      {{"--signin", u, "u", p, "p", k, "k", o, "{base}"},
-       "❗️Error: Please re-enter credentials. GroupID is missing.\n",
-       5},
-      {{"--signin", u, "u", p, "p", g, "Org1"},
-       "\n❗️Error: Please re-enter credentials. Hostname and ApiKey fields "
-       "are missing." +
-           note,
-       55},
-      // An empty value counts as given.
-      {{"--signin", "--username", ""},
-       "\n❗️Error: Please re-enter credentials. Password, Hostname, ApiKey "
-       "and GroupId fields are missing." +
-           note,
-       55},
-      {{"--signin", o, "h", g, "g", k, "k"},
-       "\n❗️Error: Please re-enter credentials. Username and Password "
-       "fields are missing." +
-           note,
-       55},
-      {{"--signin", o, "a b", g, "g", u, "a", p, "b", k, "c"},
-       "❗️Error: Please check if the hostname is valid\n",
-       9},
-      // The hostname is tested before the missing fields.
-      {{"--signin", "--hostname", "a b", u, "a"},
-       "❗️Error: Please check if the hostname is valid\n",
-       9},
-  };
-  e2e::Scene scene;
-  for (const auto &[arguments, out, code] : cases) {
-    SCOPED_TRACE(testing::PrintToString(arguments));
-    e2e::Run run = scene.run(with({"config"}, arguments));
-    EXPECT_EQ(run.out, out);
-    EXPECT_EQ(run.code, code);
-  }
-  EXPECT_EQ(scene.requests(), Args{});
-  EXPECT_EQ(scene.stored(), Items{});
-}
-
-// The console's answer to the group lookup of a sign-in.
-struct LookupCase {
-  int status;
-  std::string body;
+struct LocalCase {
+  // Changes to alice's stored account; none when nothing is stored.
+  std::optional<e2e::Changes> account;
+  Args arguments;
   std::string out;
   int code;
-  // The group number stored when the sign-in succeeds.
-  std::string number = "";
 };
 
-std::string groups(const std::string &list) {
-  return R"({"OrganizationGroups":)" + list + "}";
-}
+// clang-format off
+const LocalCase localCases[] = {
+    // What the command line lacks is refused before any request.
+    {{}, {"config", "--signin"}, missing("GroupID is") + "\n", 5},
+    {{}, {"config", "--signin", "-o", "{base}"}, missing("GroupID is") + "\n", 5},
+    {{}, {"config", "--signin", "-g", "Org1"}, missing("Hostname is") + "\n", 4},
+    {{}, {"config", "--signin", "-p", "p", "-k", "k", "-o", "h", "-g", "g"}, "\n" + missing("Username is") + note, 1},
+    {{}, {"config", "--signin", "-u", "u", "-k", "k", "-o", "h", "-g", "g"}, "\n" + missing("Password is") + note, 2},
+    {{}, {"config", "--signin", "-u", "u", "-p", "p", "-o", "h", "-g", "g"}, "\n" + missing("Apikey is") + note, 3},
+    {{}, {"config", "--signin", "-u", "u", "-p", "p", "-k", "k", "-g", "g"}, missing("Hostname is") + "\n", 4},
+    {{}, {"config", "--signin", "-u", "u", "-p", "p", "-k", "k", "-o", "h"}, missing("GroupID is") + "\n", 5},
+    {{}, {"config", "--signin", "-u", "u", "-p", "p", "-g", "g"}, "\n" + missing("Hostname and ApiKey fields are") + note, 55},
+    // An empty value counts as given.
+    {{}, {"config", "--signin", "--username", ""}, "\n" + missing("Password, Hostname, ApiKey and GroupId fields are") + note, 55},
+    {{}, {"config", "--signin", "-o", "h", "-g", "g", "-k", "k"}, "\n" + missing("Username and Password fields are") + note, 55},
+    // The hostname is tested first.
+    {{}, {"config", "--signin", "--hostname", "a b", "-u", "a"}, badHost, 9},
+    // Hostnames as given, and as normalised.
+    {{}, SignIn{.hostname = "console.example", .group = "AC ME"}, noUrl("https://console.example"), 11},
+    {{}, SignIn{.hostname = "http://console.example:8080/base", .group = "AC ME"}, noUrl("http://console.example:8080/base"), 11},
+    {{}, SignIn{.hostname = "https://console.example/", .group = "AC ME"}, noUrl("https://console.example/"), 11},
+    {{}, SignIn{.hostname = "ftp://x.example:21/pub", .group = "AC ME"}, noUrl("https://x.example:21/pub"), 11},
+    {{}, SignIn{.hostname = "HTTP://Uem.Example.com", .group = "AC ME"}, noUrl("http://Uem.Example.com"), 11},
+    {{}, SignIn{.hostname = "https://[::1]:8443", .group = "AC ME"}, noUrl("https://[::1]:8443"), 11},
+    {{}, SignIn{.hostname = "//uem.example.com/base", .group = "AC ME"}, noUrl("https://uem.example.com/base"), 11},
+    {{}, SignIn{.hostname = "uem.example.com:8443", .group = "AC ME"}, noUrl("https://uem.example.com:8443"), 11},
+    {{}, SignIn{.hostname = "127.0.0.1:8443", .group = "AC ME"}, noUrl("https://127.0.0.1:8443"), 11},
+    {{}, SignIn{.hostname = "uem.example.com/base/", .group = "AC ME"}, noUrl("https://uem.example.com/base/"), 11},
+    {{}, SignIn{.hostname = "a b"}, badHost, 9},
+    {{}, SignIn{.hostname = "uem.example.com:port"}, badHost, 9},
+    {{}, SignIn{.hostname = "https://uem.example.com:port"}, badHost, 9},
+    {{}, SignIn{.hostname = "https://"}, badHost, 9},
+    {{}, SignIn{.hostname = "http:uem.example.com"}, badHost, 9},
+    {{}, SignIn{.hostname = "/base"}, badHost, 9},
+    {{}, SignIn{.hostname = "admin@uem.example.com"}, badHost, 9},
+    {{}, SignIn{.hostname = "mailto:admin@uem.example.com"}, badHost, 9},
+    {{}, SignIn{.hostname = ":8443"}, badHost, 9},
+    {{}, SignIn{.hostname = "bücher.example"}, badHost, 9},
+    {{}, SignIn{.hostname = "a%zz"}, badHost, 9},
+    // The listing shows the stored number when it is one, else nil.
+    {e2e::Changes{{"groupIdNum", "+12"}}, {"config", "--list"}, listing("Org1", "12"), 0},
+    {e2e::Changes{{"groupIdNum", "007"}}, {"config", "--list"}, listing("Org1", "7"), 0},
+    {e2e::Changes{{"groupIdNum", "9223372036854775807"}}, {"config", "--list"}, listing("Org1", "9223372036854775807"), 0},
+    {e2e::Changes{{"groupIdNum", "-9223372036854775808"}}, {"config", "--list"}, listing("Org1", "-9223372036854775808"), 0},
+    {e2e::Changes{{"groupIdNum", "9223372036854775808"}}, {"config", "--list"}, listing("Org1", "nil"), 0},
+    {e2e::Changes{{"groupIdNum", ""}}, {"config", "--list"}, listing("Org1", "nil"), 0},
+    {e2e::Changes{{"groupIdNum", "12a"}}, {"config", "--list"}, listing("Org1", "nil"), 0},
+    {e2e::Changes{{"groupIdNum", " 12"}}, {"config", "--list"}, listing("Org1", "nil"), 0},
+    {e2e::Changes{{"groupIdNum", "1.5"}}, {"config", "--list"}, listing("Org1", "nil"), 0},
+    {e2e::Changes{{"groupIdNum", "+-1"}}, {"config", "--list"}, listing("Org1", "nil"), 0},
+    {e2e::Changes{{"groupIdNum", "0x10"}}, {"config", "--list"}, listing("Org1", "nil"), 0},
+    {e2e::Changes{{"groupIdNum", "١٢"}}, {"config", "--list"}, listing("Org1", "nil"), 0},
+    {e2e::Changes{{"username", ""}, {"groupId", ""}, {"hostname", ""}}, {"config", "--list"},
+     "\n📖 Account Info:\nUsername:\t\t\nGroup ID:\t\t\nGroup ID Number:\t570\nHostname:\t\t\n\n", 0},
+    // ... or the first item it misses, in the order of reading.
+    {e2e::Changes{}, {"config", "--list"}, listing("Org1", "570"), 0},
+    {e2e::Changes{{"username", std::nullopt}, {"groupId", std::nullopt}}, {"config", "--list"}, noUsername, 23},
+    {e2e::Changes{{"groupId", std::nullopt}, {"groupIdNum", std::nullopt}}, {"config", "--list"}, notInStore("Group ID"), 24},
+    {e2e::Changes{{"groupIdNum", std::nullopt}, {"hostname", std::nullopt}}, {"config", "--list"}, notInStore("Group ID number"), 25},
+    {e2e::Changes{{"hostname", std::nullopt}, {"apiKey", std::nullopt}}, {"config", "--list"}, notInStore("Hostname"), 26},
+    {e2e::Changes{{"apiKey", std::nullopt}, {"password", std::nullopt}}, {"config", "--list"}, notInStore("ApiKey"), 27},
+    {e2e::Changes{{"password", std::nullopt}}, {"config", "--list"}, notInStore("Password"), 28},
+    {e2e::Changes{{"password", std::nullopt}}, {"upload", "-i", "a.pkg", "-m", "a.plist", "-g", "Org2"}, notInStore("Password"), 28},
+};
+// clang-format on
 
-TEST(AccountTest, TellsEachAnswerOfTheGroupLookupApart) {
-  const std::string notJson =
-      "\n❗️Error: Unable to get a valid JSON response\n";
-  const std::string unknown =
-      "\n❗️Error: Unknown response while fetching group id\n";
-  const std::string noGroup =
-      "\n❗️Error: The url response has no Organization Group details\n";
-  const std::string noId =
-      "\n❗️Error: Unable to fetch the Group ID number\n";
-  const LookupCase cases[] = {
-      {200, groups(R"([{"Id":9223372036854775807}])"), signedIn, 0,
-       "9223372036854775807"},
-      {200, groups(R"([{"Id":-9223372036854775808}])"), signedIn, 0,
-       "-9223372036854775808"},
-      {200, groups(R"([{"Id":7},{"Id":8}])"), signedIn, 0, "7"},
-      {200, groups(R"([{"Id":9223372036854775808}])"), noId, 16},
-      {200, groups(R"([{}])"), noId, 16},
-      {200, groups(R"([{"Id":"42"}])"), noId, 16},
-      {200, groups(R"([{"Id":5.5}])"), noId, 16},
-      {200, groups(R"([{"Id":true}])"), noId, 16},
-      {200, "{}", noGroup, 15},
-      {200, groups("[]"), noGroup, 15},
-      {200, groups(R"({"Id":1})"), noGroup, 15},
-      {200, groups("[1]"), noGroup, 15},
-      {200, "<html>Login</html>", notJson, 12},
-      {200, "", notJson, 12},
-      {204, "", notJson, 12},
-      {200, R"([{"Id":42}])", notJson, 12},
-      {404, "not found", notJson, 12},
-      {500, "{}", unknown, 14},
-      {500, R"({"message":5})", unknown, 14},
-      {201, groups(R"([{"Id":42}])"), unknown, 14},
-      {401, R"({"message":"Access denied"})", "\n❗️Error: Access denied\n",
-       13},
-  };
-  for (const LookupCase &c : cases) {
-    SCOPED_TRACE(std::to_string(c.status) + " " + c.body);
+TEST(AccountTest, AnswersFromTheCommandLineAndTheStoreAlone) {
+  for (const LocalCase &c : localCases) {
+    SCOPED_TRACE(testing::PrintToString(c.arguments));
     e2e::Scene scene;
-    scene.con().scriptAnswer(Route::GroupSearch, e2e::answer(c.status, c.body));
-    e2e::Run run = scene.run(SignIn{});
-    EXPECT_EQ(run.out, c.out);
-    EXPECT_EQ(run.code, c.code);
-    EXPECT_EQ(scene.requests().size(), 1u);
-    Items expected;
-    if (!c.number.empty()) {
-      expected = scene.account();
-      expected["groupIdNum"] = c.number;
+    if (c.account) {
+      scene.store(scene.account());
+      scene.change(*c.account);
     }
-    EXPECT_EQ(scene.stored(), expected);
+    e2e::Items before = scene.stored();
+    e2e::Run run = scene.run(c.arguments);
+    EXPECT_EQ(run.out, c.out);
+    EXPECT_EQ(run.err, "");
+    EXPECT_EQ(run.code, c.code);
+    EXPECT_EQ(scene.requests(), Args{});
+    EXPECT_EQ(scene.stored(), before);
   }
-}
-
-// A group ID with a blank makes the lookup's URL invalid, so the message
-// shows the URL built from the normalised hostname, and nothing is sent.
-TEST(AccountTest, NormalisesTheHostnameGivenAtSignIn) {
-  const std::pair<std::string, std::string> cases[] = {
-      {"console.example", "https://console.example"},
-      {"http://console.example:8080/base", "http://console.example:8080/base"},
-      {"https://console.example/", "https://console.example/"},
-      {"ftp://x.example:21/pub", "https://x.example:21/pub"},
-      {"HTTP://Uem.Example.com", "http://Uem.Example.com"},
-      {"https://[::1]:8443", "https://[::1]:8443"},
-      {"//uem.example.com/base", "https://uem.example.com/base"},
-      {"uem.example.com:8443", "https://uem.example.com:8443"},
-      {"127.0.0.1:8443", "https://127.0.0.1:8443"},
-      {"uem.example.com/base/", "https://uem.example.com/base/"},
-  };
-  e2e::Scene scene;
-  for (const auto &[given, used] : cases) {
-    SCOPED_TRACE(given);
-    e2e::Run run = scene.run(SignIn{.hostname = given, .group = "AC ME"});
-    EXPECT_EQ(run.out, "\n❗️Error: Unable to form a valid URL with the "
-                       "string " +
-                           used + "/api/system/groups/search?groupID=AC ME\n");
-    EXPECT_EQ(run.code, 11);
-  }
-  for (const char *given :
-       {"uem.example.com:port", "https://uem.example.com:port", "https://",
-        "http:uem.example.com", "/base", "admin@uem.example.com",
-        "mailto:admin@uem.example.com", ":8443", "bücher.example", "a%zz"}) {
-    SCOPED_TRACE(given);
-    e2e::Run run = scene.run(SignIn{.hostname = given});
-    EXPECT_EQ(run.out, "❗️Error: Please check if the hostname is valid\n");
-    EXPECT_EQ(run.code, 9);
-  }
-  EXPECT_EQ(scene.requests(), Args{});
 }
 
 struct ConsoleCase {
@@ -295,6 +202,8 @@ struct ConsoleCase {
   // What the user reads; up to the "(" of a description that varies.
   std::string out;
   int code;
+  // The group number stored; none when the sign-in fails.
+  std::string number = "";
   // Of the last request, on this console or the one it was sent on to.
   mockconsole::Headers headers = {};
 };
@@ -304,6 +213,10 @@ const std::string search = "/api/system/groups/search?groupID=";
 mockconsole::Answer redirect(int status, const std::string &to,
                              const std::string &group = "Org1") {
   return e2e::answer(status, "", {{"Location", to + search + group}});
+}
+
+mockconsole::Answer groups(int status, const std::string &list) {
+  return e2e::answer(status, R"({"OrganizationGroups":)" + list + "}");
 }
 
 mockconsole::Headers headers(const std::string &authorization,
@@ -318,26 +231,56 @@ mockconsole::Headers headers(const std::string &authorization,
   return headers;
 }
 
+using e2e::answer;
 // clang-format off
+const std::string notJson = "\n❗️Error: Unable to get a valid JSON response\n";
+const std::string unknown = "\n❗️Error: Unknown response while fetching group id\n";
+const std::string noGroup = "\n❗️Error: The url response has no Organization Group details\n";
+const std::string noId = "\n❗️Error: Unable to fetch the Group ID number\n";
+
 const ConsoleCase consoleCases[] = {
-    {{.username = "Zoë", .password = "pä:ss wörd", .apiKey = "K"}, {}, false, signedIn, 0,
+    // The credentials as typed, in these four fields alone.
+    {{.username = "Zoë", .password = "pä:ss wörd", .apiKey = "K"}, {}, false, signedIn, 0, "570",
      headers("Basic Wm/Dqzpww6Q6c3Mgd8O2cmQ=", "K")},
     // Another origin gets neither the password nor the API key.
-    {{}, redirect(307, "{there}"), true, "\n❗️Error: User credentials are incorrect.\n", 13, headers("", "")},
-    {{}, redirect(302, "{base}", "Org2"), true, signedIn, 0, headers("Basic YWxpY2U6czNjcmV0", "tenant-key")},
+    {{}, redirect(307, "{there}"), true, "\n❗️Error: User credentials are incorrect.\n", 13, "", headers("", "")},
+    {{}, redirect(302, "{base}", "Org2"), true, signedIn, 0, "571", headers("Basic YWxpY2U6czNjcmV0", "tenant-key")},
     {{}, redirect(302, "{base}"), false, "\n❗️Error: There were too many redirects (Number of redirects hit maximum amount)\n", 47},
     {{.apiKey = "K\r\nX-Injected: 1"}, {}, false, "\n❗️Error: The request could not be made (the value of the header 'qm-tenant-code' holds a line break or a NUL byte)\n", 47},
     {{}, e2e::dropped(), false, "\n❗️Error: The network connection was lost (Empty reply from server)\n", 47},
     {{.hostname = "{closed}"}, {}, false, "\n❗️Error: Could not connect to the server (", 47},
     {{.hostname = "{tls}"}, {}, false, "\n❗️Error: A secure connection to the server could not be made (", 47},
+    // What the console answered, told apart.
+    {{}, groups(200, R"([{"Id":9223372036854775807}])"), false, signedIn, 0, "9223372036854775807"},
+    {{}, groups(200, R"([{"Id":-9223372036854775808}])"), false, signedIn, 0, "-9223372036854775808"},
+    {{}, groups(200, R"([{"Id":7},{"Id":8}])"), false, signedIn, 0, "7"},
+    {{}, groups(200, R"([{"Id":9223372036854775808}])"), false, noId, 16},
+    {{}, groups(200, R"([{}])"), false, noId, 16},
+    {{}, groups(200, R"([{"Id":"42"}])"), false, noId, 16},
+    {{}, groups(200, R"([{"Id":5.5}])"), false, noId, 16},
+    {{}, groups(200, R"([{"Id":true}])"), false, noId, 16},
+    {{}, answer(200, "{}"), false, noGroup, 15},
+    {{}, groups(200, "[]"), false, noGroup, 15},
+    {{}, groups(200, R"({"Id":1})"), false, noGroup, 15},
+    {{}, groups(200, "[1]"), false, noGroup, 15},
+    {{}, answer(200, "<html>Login</html>"), false, notJson, 12},
+    {{}, answer(200, ""), false, notJson, 12},
+    {{}, answer(204, ""), false, notJson, 12},
+    {{}, answer(200, R"([{"Id":42}])"), false, notJson, 12},
+    {{}, answer(404, "not found"), false, notJson, 12},
+    {{}, answer(500, "{}"), false, unknown, 14},
+    {{}, answer(500, R"({"message":5})"), false, unknown, 14},
+    {{}, groups(201, R"([{"Id":42}])"), false, unknown, 14},
+    {{}, answer(401, R"({"message":"Access denied"})"), false, "\n❗️Error: Access denied\n", 13},
 };
 // clang-format on
 
-// The credentials go to the console named and nowhere else, in these four
-// fields alone, as they were typed.
-TEST(AccountTest, SendsTheCredentialsToTheConsoleAlone) {
+// The credentials go to the console named and nowhere else, and what it
+// answers decides the outcome.
+TEST(AccountTest, SignsInWithTheConsoleNamedAndTellsItsAnswersApart) {
   for (const ConsoleCase &c : consoleCases) {
-    SCOPED_TRACE(testing::PrintToString(Args(c.signIn)));
+    SCOPED_TRACE(testing::PrintToString(Args(c.signIn)) + " " +
+                 (c.answer ? c.answer->body : ""));
     e2e::Scene scene, closed, there({.bindAddress = "127.0.0.2"});
     scene.con().addAccount({"Zoë", "pä:ss wörd", "K"});
     closed.con().stop();
@@ -361,6 +304,7 @@ TEST(AccountTest, SendsTheCredentialsToTheConsoleAlone) {
     EXPECT_EQ(run.out.substr(0, c.out.back() == '(' ? c.out.size() : -1),
               c.out);
     EXPECT_EQ(run.code, c.code);
+    EXPECT_EQ(scene.stored()["groupIdNum"], c.number);
     auto log = there.con().getRequests();
     if (log.empty())
       log = scene.con().getRequests();
@@ -370,6 +314,66 @@ TEST(AccountTest, SendsTheCredentialsToTheConsoleAlone) {
       if (name == "Host")
         value = "{host}";
     EXPECT_EQ(log.back().headers, c.headers);
+  }
+}
+
+enum class Fault { notAStore, folderAsStore, fileAsFolder, folderAsLock };
+
+struct StoreCase {
+  Fault fault;
+  Args arguments;
+  std::string out;
+  int code;
+};
+
+const std::string notAStore = "OSStatus error:[-25295] The specified keychain "
+                              "is not a valid keychain file.\n";
+const std::string ioError = "OSStatus error:[-36] I/O error (bummers)\n";
+
+// clang-format off
+const StoreCase storeCases[] = {
+    {Fault::notAStore, {"config", "--list"}, notAStore + noUsername, 23},
+    {Fault::notAStore, {"config", "--signout"}, notAStore + "\n❗️Error: You have signed out already.\n", 17},
+    // The sign-in's text, then the failed save: the exit code stays 0.
+    {Fault::notAStore, SignIn{}, signInText + notAStore + "❗️Error: Unable to save user info in macOS Keychain: The specified keychain is not a valid keychain file.\n\n", 0},
+    {Fault::folderAsStore, SignIn{}, signInText + notAStore + "❗️Error: Unable to save user info in macOS Keychain: The specified keychain is not a valid keychain file.\n\n", 0},
+    {Fault::fileAsFolder, SignIn{}, signInText + ioError + "❗️Error: Unable to save user info in macOS Keychain: I/O error (bummers)\n\n", 0},
+    {Fault::folderAsLock, {"config", "--signout"},
+     ioError + "\n❗️Error: Unable to signout - I/O error (bummers)\n", 21},
+    // A failed group change is only shown: the upload goes on.
+    {Fault::folderAsLock, {"upload", "-i", "a.pkg", "-m", "a.plist", "-g", "Org2"},
+     ioError + ioError + "\n\n\n❗️Error: The uploaded file is empty.\n", 33},
+};
+// clang-format on
+
+// A store that can't be read is never written over; the tool says why.
+TEST(AccountTest, ReportsAStoreItCannotUseAndLeavesItAlone) {
+  for (const StoreCase &c : storeCases) {
+    SCOPED_TRACE(testing::PrintToString(c.arguments));
+    e2e::Scene scene;
+    const e2e::fs::path store = scene.storePath();
+    e2e::fs::create_directories(store.parent_path());
+    if (c.fault == Fault::notAStore)
+      e2e::writeFile(store, "not a store");
+    if (c.fault == Fault::folderAsStore)
+      e2e::fs::create_directories(store);
+    if (c.fault == Fault::fileAsFolder) {
+      e2e::fs::remove(store.parent_path());
+      e2e::writeFile(store.parent_path(), "not a folder");
+    }
+    if (c.fault == Fault::folderAsLock) {
+      scene.store(scene.account());
+      e2e::fs::remove(store.string() + ".lock");
+      e2e::fs::create_directory(store.string() + ".lock");
+    }
+    std::string before = testsupport::readFile(store);
+    e2e::Run run = scene.run(c.arguments);
+    // Before the sign-in's text, the spinner may draw over a line.
+    EXPECT_EQ(run.out.substr(
+                  c.out.rfind(signInText, 0) ? 0 : run.out.find(signInText)),
+              c.out);
+    EXPECT_EQ(run.code, c.code);
+    EXPECT_EQ(testsupport::readFile(store), before);
   }
 }
 

@@ -171,89 +171,64 @@ OPTIONS:
 
 )TXT";
 
-// Exits 0 with this on standard output.
-const std::pair<Args, std::string> helpCases[] = {
-    {{}, "\n" + rootHelp + "\n"},
-    {{"--help"}, rootHelp + "\n"},
-    {{"-h"}, rootHelp + "\n"},
-    {{"help"}, rootHelp + "\n"},
-    {{"help", "nosuch"}, rootHelp + "\n"},
-    {{"help", "upload"}, uploadHelp + "\n"},
-    {{"upload", "--help"}, uploadHelp + "\n"},
-    {{"upload", "-i", "a.pkg", "-h"}, uploadHelp + "\n"},
-    {{"help", "config"}, configHelp + "\n"},
-    {{"config", "-h"}, configHelp + "\n"},
-    // config without one of its three flags does nothing.
-    {{"config"}, ""},
-    {{"config", "--group-id", "X"}, ""},
-    {{"config", "-u", "bob", "--password=secret"}, ""},
-};
-
-struct ParseErrorCase {
+struct Case {
   Args arguments;
-  std::string message;
-  const std::string &usage;
+  std::string out, err;
+  int code;
 };
 
-// Exits 64 with "Error: ", the message and the usage on standard error.
-const ParseErrorCase parseErrorCases[] = {
-    {{"upload"},
-     "Missing expected argument '--installer-path <installer-path>'",
-     uploadUsage},
-    {{"upload", "-i", "a.pkg"},
-     "Missing expected argument '--metadata-path <metadata-path>'",
-     uploadUsage},
-    {{"upload", "-m", "b.plist", "-i"},
-     "Missing value for '-i <installer-path>'",
-     uploadUsage},
-    {{"upload", "-i", "a", "-m", "b", "extra"},
-     "Unexpected argument 'extra'",
-     uploadUsage},
-    {{"config", "--usernme", "x"}, "Unexpected argument 'x'", configUsage},
-    {{"config", "--usernam"},
-     "Unknown option '--usernam'. Did you mean '--username'?",
-     configUsage},
+// A parse error: on standard error, with the usage; exit 64.
+Case refused(const Args &arguments, const std::string &message,
+             const std::string &usage) {
+  return {arguments, "", "Error: " + message + "\n" + usage, 64};
+}
+
+// clang-format off
+const Case cases[] = {
+    {{}, "\n" + rootHelp + "\n", "", 0},
+    {{"--help"}, rootHelp + "\n", "", 0},
+    {{"-h"}, rootHelp + "\n", "", 0},
+    {{"help"}, rootHelp + "\n", "", 0},
+    {{"help", "nosuch"}, rootHelp + "\n", "", 0},
+    {{"help", "upload"}, uploadHelp + "\n", "", 0},
+    {{"upload", "--help"}, uploadHelp + "\n", "", 0},
+    {{"upload", "-i", "a.pkg", "-h"}, uploadHelp + "\n", "", 0},
+    {{"help", "config"}, configHelp + "\n", "", 0},
+    {{"config", "-h"}, configHelp + "\n", "", 0},
+    // config without one of its three flags does nothing.
+    {{"config"}, "", "", 0},
+    {{"config", "--group-id", "X"}, "", "", 0},
+    {{"config", "-u", "bob", "--password=secret"}, "", "", 0},
+    refused({"upload"}, "Missing expected argument '--installer-path <installer-path>'", uploadUsage),
+    refused({"upload", "-i", "a.pkg"}, "Missing expected argument '--metadata-path <metadata-path>'", uploadUsage),
+    refused({"upload", "-m", "b.plist", "-i"}, "Missing value for '-i <installer-path>'", uploadUsage),
+    refused({"upload", "-i", "a", "-m", "b", "extra"}, "Unexpected argument 'extra'", uploadUsage),
+    refused({"config", "--usernme", "x"}, "Unexpected argument 'x'", configUsage),
+    refused({"config", "--usernam"}, "Unknown option '--usernam'. Did you mean '--username'?", configUsage),
     // Suggestions reach an edit distance of 3, and no further.
-    {{"config", "--usernamexyz"},
-     "Unknown option '--usernamexyz'. Did you mean '--username'?",
-     configUsage},
-    {{"config", "--usernamewxyz"},
-     "Unknown option '--usernamewxyz'",
-     configUsage},
+    refused({"config", "--usernamexyz"}, "Unknown option '--usernamexyz'. Did you mean '--username'?", configUsage),
+    refused({"config", "--usernamewxyz"}, "Unknown option '--usernamewxyz'", configUsage),
     // Neither help names nor short names are suggested.
-    {{"config", "--hel"}, "Unknown option '--hel'", configUsage},
-    {{"config", "-x"}, "Unknown option '-x'", configUsage},
-    {{"config", "--signin=yes"},
-     "The option '--signin' does not take any value, but 'yes' was "
-     "specified.",
-     configUsage},
-    {{"config", "--username"},
-     "Missing value for '--username <username>'",
-     configUsage},
-    {{"config", "a", "b"}, "2 unexpected arguments: 'a', 'b'", configUsage},
-    {{"---x"}, "Invalid option: ---x", rootUsage},
-    {{"--nope", "upload"}, "Unknown option '--nope'", rootUsage},
-    {{"--versoin"},
-     "Unknown option '--versoin'. Did you mean '--version'?",
-     rootUsage},
-    {{"-=x"}, "Invalid option: -=x", rootUsage},
+    refused({"config", "--hel"}, "Unknown option '--hel'", configUsage),
+    refused({"config", "-x"}, "Unknown option '-x'", configUsage),
+    refused({"config", "--signin=yes"}, "The option '--signin' does not take any value, but 'yes' was specified.", configUsage),
+    refused({"config", "--username"}, "Missing value for '--username <username>'", configUsage),
+    refused({"config", "a", "b"}, "2 unexpected arguments: 'a', 'b'", configUsage),
+    refused({"---x"}, "Invalid option: ---x", rootUsage),
+    refused({"--nope", "upload"}, "Unknown option '--nope'", rootUsage),
+    refused({"--versoin"}, "Unknown option '--versoin'. Did you mean '--version'?", rootUsage),
+    refused({"-=x"}, "Invalid option: -=x", rootUsage),
 };
+// clang-format on
 
 TEST(CommandLineTest, PrintsHelpOrTheParseErrorWithItsExitCode) {
   e2e::Scene scene;
-  for (const auto &[arguments, out] : helpCases) {
-    SCOPED_TRACE(testing::PrintToString(arguments));
-    e2e::Run run = scene.run(arguments);
-    EXPECT_EQ(run.out, out);
-    EXPECT_EQ(run.err, "");
-    EXPECT_EQ(run.code, 0);
-  }
-  for (const ParseErrorCase &c : parseErrorCases) {
+  for (const Case &c : cases) {
     SCOPED_TRACE(testing::PrintToString(c.arguments));
     e2e::Run run = scene.run(c.arguments);
-    EXPECT_EQ(run.out, "");
-    EXPECT_EQ(run.err, "Error: " + c.message + "\n" + c.usage);
-    EXPECT_EQ(run.code, 64);
+    EXPECT_EQ(run.out, c.out);
+    EXPECT_EQ(run.err, c.err);
+    EXPECT_EQ(run.code, c.code);
   }
   EXPECT_EQ(scene.requests(), Args{});
   EXPECT_EQ(scene.stored(), e2e::Items{});
@@ -281,36 +256,14 @@ TEST(CommandLineTest, WrapsHelpToTheTerminalsWidth) {
 // However malformed the command line, the tool neither crashes nor hangs:
 // it shows help, a parse error with usage (64), or a message of its own.
 TEST(CommandLineTest, EndsOrderlyOnMalformedArguments) {
-  std::vector<Args> cases = {{""},
-                             {"", ""},
-                             {"-"},
-                             {"--"},
-                             {"--", "--"},
-                             {"--", "-x", "config"},
-                             {"="},
-                             {"-="},
-                             {"--="},
-                             {"--=x"},
-                             {"-a=b=c"},
-                             {"config", "-"},
-                             {"config", "--username="},
-                             {"config", "-u="},
-                             {"config", "-unlt"},
-                             {"config", "-nt"},
-                             {"upload", "-iml", "a"},
-                             {"config", "--", "x"},
-                             {"-é"},
-                             {"--ünïcødé"},
-                             {"config", "--💡"},
-                             {"\xff\xfe"},
-                             {"--\xff"},
-                             {"-\xc3"},
-                             {"config", "-u", "\xff"},
-                             {"help", "\xff"},
-                             {"help", "help", "help"},
-                             {"----"},
-                             {"config"},
-                             {"config"}};
+  // clang-format off
+  std::vector<Args> cases = {
+      {""}, {"", ""}, {"-"}, {"--"}, {"--", "--"}, {"--", "-x", "config"}, {"="}, {"-="}, {"--="}, {"--=x"},
+      {"-a=b=c"}, {"config", "-"}, {"config", "--username="}, {"config", "-u="}, {"config", "-unlt"},
+      {"config", "-nt"}, {"upload", "-iml", "a"}, {"config", "--", "x"}, {"-é"}, {"--ünïcødé"},
+      {"config", "--💡"}, {"\xff\xfe"}, {"--\xff"}, {"-\xc3"}, {"config", "-u", "\xff"}, {"help", "\xff"},
+      {"help", "help", "help"}, {"----"}, {"config"}, {"config"}};
+  // clang-format on
   for (int i = 0; i < 10000; ++i)
     cases[28].push_back(i % 3 ? "--username" : "-abc");
   for (int i = 0; i < 5000; ++i)

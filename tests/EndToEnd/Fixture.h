@@ -27,6 +27,7 @@ namespace e2e {
 namespace fs = std::filesystem;
 using Args = std::vector<std::string>;
 using Items = std::map<std::string, std::string>;
+using Changes = std::vector<std::pair<std::string, std::optional<std::string>>>;
 
 inline void replaceAll(std::string &text, const std::string &from,
                        const std::string &to) {
@@ -92,6 +93,11 @@ public:
   void store(const Items &items) {
     for (const auto &[key, value] : items)
       keychain().set(value, key);
+  }
+  // Sets (a value) or removes (none) items of the store.
+  void change(const Changes &changes) {
+    for (const auto &[key, value] : changes)
+      value ? keychain().set(*value, key) : keychain().remove(key);
   }
   Items stored() {
     Items items;

@@ -60,18 +60,12 @@ const std::string T = std::to_string(top);
 struct UploadScene : e2e::Scene {
   explicit UploadScene(std::int64_t firstBlob = 101,
                        std::int64_t firstApp = 4711)
-      : e2e::Scene(options(firstBlob, firstApp)) {
+      : e2e::Scene({.firstBlobId = firstBlob, .firstApplicationId = firstApp}) {
     e2e::writeFile(dir() / "Big App&Co.pkg", installerBytes);
     e2e::writeFile(dir() / "meta data.plist", metadataBytes);
     e2e::writeFile(dir() / "icon.png", iconBytes);
     store(account());
     con().mapGroup("Top", top);
-  }
-  static mockconsole::Options options(std::int64_t blob, std::int64_t app) {
-    mockconsole::Options options;
-    options.firstBlobId = blob;
-    options.firstApplicationId = app;
-    return options;
   }
 };
 
@@ -154,8 +148,7 @@ TEST(UploadTest, PublishesTheFilesAsTheyAreAndTheApplicationThatTiesThem) {
   }
 }
 
-// Changes to alice's stored account: a value, or none to remove the item.
-using Changes = std::vector<std::pair<std::string, std::optional<std::string>>>;
+using e2e::Changes;
 
 // Runs the upload and compares what the user reads (after \p shown of the
 // successful steps), the exit code and the requests.
@@ -217,8 +210,7 @@ const RefusalCase refusalCases[] = {
 TEST(UploadTest, RefusesWhatTheAccountOrTheFilesDoNotAllow) {
   for (const RefusalCase &c : refusalCases) {
     UploadScene scene;
-    for (const auto &[key, value] : c.account)
-      value ? scene.keychain().set(*value, key) : scene.keychain().remove(key);
+    scene.change(c.account);
     expectUpload(scene, c.arguments, c.out, c.code, c.requests);
   }
 }

@@ -51,8 +51,9 @@ private:
   std::string bytes;
 };
 
-// What fstat tells of a file that only a change of its content (or its
-// replacement under the same descriptor) alters.
+// What fstat tells of an open file that any write to it alters: its size,
+// its modification time, and its status-change time, which a write moves
+// even when the modification time is set back afterwards.
 struct FileVersion {
   dev_t device;
   ino_t inode;

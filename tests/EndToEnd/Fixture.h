@@ -177,10 +177,6 @@ private:
   std::unique_ptr<mockconsole::MockConsole> console;
 };
 
-inline void writeFile(const fs::path &path, const std::string &bytes) {
-  testsupport::writeFile(path, bytes);
-}
-
 // What a successful upload shows: a line for each blob, then the link to
 // the application \p id, if one is given.
 inline std::string uploaded(const std::vector<std::string> &blobs,
@@ -200,19 +196,13 @@ inline std::string uploaded(const std::vector<std::string> &blobs,
 
 inline mockconsole::Answer answer(int status, std::string body,
                                   mockconsole::Headers headers = {}) {
-  mockconsole::Answer result;
-  result.status = status;
-  result.body = std::move(body);
-  result.headers = std::move(headers);
-  return result;
+  return {.status = status, .body = body, .headers = headers};
 }
 
 // Closes the connection instead of answering, once \p afterBodyBytes of
 // the request's body are in.
 inline mockconsole::Answer dropped(std::uint64_t afterBodyBytes = 0) {
-  mockconsole::Answer answer;
-  answer.dropAfterBodyBytes = afterBodyBytes;
-  return answer;
+  return {.dropAfterBodyBytes = afterBodyBytes};
 }
 
 } // namespace e2e

@@ -52,8 +52,6 @@ const Dialog dialogs[] = {
      user + "❗️Error: Exiting as the username entered is empty. Please try again to sign-in.\n"},
     {"{base}", {user, "alice\n", pass, "\x04", pass, "\x04"}, ProcessEnd::exitedWith(7),
      pass + "\n❗️Error: Exiting as the password entered is empty. Please try again to sign-in.\n"},
-    {"{base}", {user, "alice\n", pass, "s3cret\n", key, "\x04", key, "\x04"}, ProcessEnd::exitedWith(8),
-     key + "\n❗️Error: Exiting as the apikey entered is empty. Please try again to sign-in.\n"},
     {"{base}", {user, "alice\n", pass, "s3c\x03"}, ProcessEnd::killedBy(SIGINT), pass},
     {"{base}", {user, "alice\n", pass, "s3cret\n", key, "^SIG" + std::to_string(SIGTERM)},
      ProcessEnd::killedBy(SIGTERM), key},

@@ -61,9 +61,9 @@ struct UploadScene : e2e::Scene {
   explicit UploadScene(std::int64_t firstBlob = 101,
                        std::int64_t firstApp = 4711)
       : e2e::Scene({.firstBlobId = firstBlob, .firstApplicationId = firstApp}) {
-    e2e::writeFile(dir() / "Big App&Co.pkg", installerBytes);
-    e2e::writeFile(dir() / "meta data.plist", metadataBytes);
-    e2e::writeFile(dir() / "icon.png", iconBytes);
+    testsupport::writeFile(dir() / "Big App&Co.pkg", installerBytes);
+    testsupport::writeFile(dir() / "meta data.plist", metadataBytes);
+    testsupport::writeFile(dir() / "icon.png", iconBytes);
     store(account());
     con().mapGroup("Top", top);
   }

@@ -63,7 +63,7 @@ TEST(VersionTest, PrintsTheVersionOfTheBundleOrSaysItHasNone) {
     const e2e::fs::path bundle = scene.dir() / "bundle", work = scene.dir();
     if (!c.path.empty()) {
       e2e::fs::create_directories((bundle / c.path).parent_path());
-      e2e::writeFile(bundle / c.path, c.content);
+      testsupport::writeFile(bundle / c.path, c.content);
     }
     e2e::Run run = scene.run(
         {work.string(), c.path.empty() ? "none" : bundle.string(), c.option},

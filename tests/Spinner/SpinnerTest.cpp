@@ -75,11 +75,6 @@ TEST(SpinnerTest, WritesExactlyItsBytes) {
       {"succeed on a terminal", OutputTarget::console, line,
        [](Spinner &s) { s.succeed("Done"); },
        redraw(green, "Done" + std::string(20, ' ')) + show + "\n"},
-      {"fail", OutputTarget::unknown, line, [](Spinner &s) { s.fail(); },
-       redraw("\xe2\x9c\x96", line) + show + "\n"},
-      {"no symbol: the next frame", OutputTarget::unknown, "T",
-       [](Spinner &s) { s.stop(std::nullopt, std::nullopt, "|end"); },
-       redraw("\\", "T") + show + "|end"},
       {"released while running", OutputTarget::unknown, "T", [](Spinner &) {},
        ""},
       // A shorter text gets blanks for what it lacks on screen: characters,
@@ -118,9 +113,10 @@ TEST(SpinnerTest, WritesExactlyItsBytes) {
       << "a spinner that never ran writes the cursor's showing only";
 }
 
-// While the spinner redraws every millisecond, the main thread changes its
-// text, frames and speed and prints lines of its own: every redraw is whole,
-// from one frame list and one text, and no line lands inside a redraw.
+// While the spinner redraws every millisecond, the main thread prints lines
+// of its own without pause and now and then changes the text, frames and
+// speed: every redraw is whole, from one frame list and one text, and no
+// line lands inside a redraw.
 TEST(SpinnerTest, RedrawsStayWholeBesideOtherWriters) {
   TextStyling::setOutputTarget(OutputTarget::unknown);
   const std::string longText = "a much longer text";
@@ -128,13 +124,14 @@ TEST(SpinnerTest, RedrawsStayWholeBesideOtherWriters) {
   const std::string output = testsupport::captureStdout([&] {
     Spinner spinner(Pattern(letters, 0.001), longText);
     spinner.start();
-    for (int i = 0; i < 200; ++i) {
-      spinner.setText(i % 2 ? longText : "short");
-      spinner.setFrames(i % 3 ? letters : digits);
-      spinner.setSpeed(i % 2 ? 0.001 : 0.0);
-      if (i % 10 == 0)
-        platform::printLine("line " + std::to_string(i / 10));
-      std::this_thread::sleep_for(std::chrono::microseconds(200));
+    for (int i = 0; i < 20000; ++i) {
+      if (i % 20 == 0) {
+        spinner.setText(i % 40 ? longText : "short");
+        spinner.setFrames(i % 60 ? letters : digits);
+        spinner.setSpeed(i % 40 ? 0.001 : 0.0);
+        std::this_thread::sleep_for(std::chrono::microseconds(200));
+      }
+      platform::printLine("line " + std::to_string(i));
     }
     spinner.stop(std::nullopt, std::nullopt, "\n");
   });
@@ -157,7 +154,7 @@ TEST(SpinnerTest, RedrawsStayWholeBesideOtherWriters) {
     ++drawn;
   }
   EXPECT_EQ(rest, "");
-  EXPECT_EQ(printed, 20u);
+  EXPECT_EQ(printed, 20000u);
   EXPECT_GE(drawn, 2u);
 }
 

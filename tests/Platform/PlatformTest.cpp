@@ -1,14 +1,21 @@
-// Text the platform layer takes apart: characters, URLs, property lists.
+// What the platform layer reads: characters, URLs, property lists, and the
+// terminal's width where the built tool can't be driven into it. (The
+// end-to-end tests try every way out of the hidden prompt on a terminal.)
 #include "Platform/Graphemes.h"
 #include "Platform/PropertyList.h"
+#include "Platform/TerminalSize.h"
 #include "Platform/UrlReference.h"
 
+#include "Support/PseudoTerminal.h"
 #include "Support/TestSupport.h"
 
 #include <gtest/gtest.h>
 
 #include <optional>
 #include <string>
+
+#include <sys/ioctl.h>
+#include <unistd.h>
 
 namespace platform {
 namespace {
@@ -120,6 +127,22 @@ TEST(TextTest, ReadsATextFromXmlOrBinaryPropertyLists) {
   }
   EXPECT_EQ(readPropertyListString(dir.path() / "absent", "A"), std::nullopt);
   EXPECT_EQ(readPropertyListString(dir.path(), "A"), std::nullopt);
+}
+
+// A terminal may report a width of 0 (a serial line, a container's first
+// moments): the fallback width applies. Other widths are the end-to-end
+// tests' (help at 60 columns on a terminal, at 80 on a pipe).
+TEST(TerminalTest, TakesTheFallbackForAWidthOfZero) {
+  testsupport::ResultPipe result;
+  testsupport::PseudoTerminal terminal([&] {
+    const winsize size{30, 0, 0, 0};
+    if (ioctl(STDOUT_FILENO, TIOCSWINSZ, &size) != 0)
+      return 1;
+    result.send(std::to_string(getTerminalSize().columns));
+    return 0;
+  });
+  ASSERT_EQ(terminal.waitForEnd(), testsupport::ProcessEnd::exitedWith(0));
+  EXPECT_EQ(result.receive(), "some:80");
 }
 
 } // namespace

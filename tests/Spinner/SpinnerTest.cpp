@@ -102,15 +102,6 @@ TEST(SpinnerTest, WritesExactlyItsBytes) {
     });
     EXPECT_EQ(output, hide + redraw(frame, row.text) + row.expected + show);
   }
-  TextStyling::setOutputTarget(OutputTarget::unknown);
-  EXPECT_EQ(testsupport::captureStdout([] {
-              Spinner stopped(Pattern::line(), "Waiting");
-              stopped.stop("Other", "*", "\n");
-              stopped.stopAndClear();
-              stopped.succeed("Done");
-            }),
-            show)
-      << "a spinner that never ran writes the cursor's showing only";
 }
 
 // While the spinner redraws every millisecond, the main thread prints lines

@@ -4,6 +4,7 @@
 #include "MockConsole/MockConsole.h"
 #include "SecureStore/FileItemStore.h"
 #include "SecureStore/Keychain.h"
+#include "Support/Doubles.h"
 #include "Support/ProcessRunner.h"
 #include "Support/TestSupport.h"
 
@@ -36,20 +37,10 @@ inline void replaceAll(std::string &text, const std::string &from,
     text.replace(at, from.size(), to);
 }
 
-// What a user reads once the spinner is gone: it hides and shows the cursor
-// and draws each frame, and the blanks that clear it, after a carriage
-// return, also once more after a failure's message.
+// What a user reads once the spinner's redraws and cursor sequences are
+// gone.
 inline std::string withoutSpinner(const std::string &out) {
-  std::string text;
-  for (std::size_t at = 0; at < out.size();) {
-    if (out.compare(at, 5, "\x1b[?25") == 0 && at + 5 < out.size())
-      at += 6;
-    else if (out[at] == '\r')
-      at = std::min(out.find_first_of("\r\n", at + 1), out.size());
-    else
-      text += out[at++];
-  }
-  return text;
+  return testsupport::readSpinnerTranscript(out, false);
 }
 
 struct Run {

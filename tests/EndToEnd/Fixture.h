@@ -74,12 +74,11 @@ public:
   }
   // alice's account, in group Org1 or Org2.
   Items account(const std::string &group = "Org1") const {
-    return {{"username", "alice"},
-            {"password", "s3cret"},
-            {"apiKey", "tenant-key"},
-            {"hostname", console->getBaseUrl()},
-            {"groupId", group},
+    // clang-format off
+    return {{"username", "alice"}, {"password", "s3cret"}, {"apiKey", "tenant-key"},
+            {"hostname", console->getBaseUrl()}, {"groupId", group},
             {"groupIdNum", group == "Org1" ? "570" : "571"}};
+    // clang-format on
   }
   void store(const Items &items) {
     for (const auto &[key, value] : items)

@@ -44,8 +44,6 @@ const Dialog dialogs[] = {
     {"{base}", {user, "\n", emptyMessage("username"), "", user, "alice\n", pass, "\n", emptyMessage("password"), "",
                 pass, "s3cret\n", key, "\n", emptyMessage("apiKey"), "", key, "tenant-key\n"},
      ProcessEnd::exitedWith(0), "keychain.\n\n"},
-    {"{base}", {user, "alice\n", pass, "\n", pass, "\n"}, ProcessEnd::exitedWith(7),
-     pass + "\n❗️Error: Exiting as the password entered is empty. Please try again to sign-in.\n"},
     // End of input: at the username it ends the sign-in; at a secret
     // prompt it is an empty answer.
     {"{base}", {user, "\x04"}, ProcessEnd::exitedWith(6),

@@ -148,8 +148,7 @@ TEST(FileItemStoreTest, AStoreThatCantBeReadOrWrittenIsReportedAndKept) {
     }
     std::string before = readFile(store);
     auto handOver = [](const fs::path &path) {
-      return ::lchown(path.c_str(), testsupport::unprivilegedUser(),
-                      testsupport::unprivilegedGroup());
+      return ::lchown(path.c_str(), testsupport::unprivilegedUser(), -1);
     };
     ASSERT_EQ(handOver(directory.path()), 0);
     for (const fs::path &path :
@@ -193,7 +192,7 @@ TEST(FileItemStoreTest, TwoWritersAtOnceLoseNothing) {
   }
   writeFile(start, "");
   for (auto &writer : writers) {
-    std::string output = writer->readAll();
+    std::string output = writer->finish().standardOutput;
     EXPECT_EQ(output.substr(output.rfind("=> ")), "=> ok\n");
     EXPECT_EQ(writer->wait(), 0);
   }
@@ -222,7 +221,7 @@ TEST(FileItemStoreTest, AWriterKilledAtAnyMomentLeavesOldOrNewValues) {
     std::this_thread::sleep_for(std::chrono::microseconds(random() % 8000));
     writer.sendSignal(SIGKILL);
     ASSERT_EQ(writer.wait(), 128 + SIGKILL);
-    std::istringstream acknowledged(lines + writer.readAll());
+    std::istringstream acknowledged(lines + writer.finish().standardOutput);
     std::map<std::string, std::string> expected = stored;
     std::size_t writes = 0;
     for (std::string key, value; acknowledged >> key >> value; ++writes)

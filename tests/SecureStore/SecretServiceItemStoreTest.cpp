@@ -112,7 +112,7 @@ TEST(StoreChoiceTest, ALockedOrVanishedSecretServiceAnswersWithoutPrompting) {
     EXPECT_EQ(prober.readLine(std::chrono::seconds(30)), "=> waiting");
     vanish ? service.killDaemon() : service.lockDefaultCollection();
     testsupport::writeFile(resume, "");
-    EXPECT_EQ(prober.readAll(),
+    EXPECT_EQ(prober.finish().standardOutput,
               "=> resumed\n" + (vanish ? gone + gone + gone + gone
                                        : locked + locked + locked + "=> 10\n"));
     EXPECT_EQ(prober.wait(), 0);

@@ -1,7 +1,6 @@
 #include "Support/PrivateSecretService.h"
 
 #include <csignal>
-#include <filesystem>
 #include <stdexcept>
 #include <sys/stat.h>
 #include <thread>
@@ -11,25 +10,6 @@ namespace testsupport {
 namespace {
 
 constexpr auto startTimeout = std::chrono::seconds(15);
-
-// A session bus that starts nothing on demand: a service that is gone stays
-// gone, and no prompter can ever be launched.
-std::string busConfiguration(const std::string &socket) {
-  return R"(<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
- "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
-<busconfig>
-  <type>session</type>
-  <listen>unix:path=)" +
-         socket + R"(</listen>
-  <auth>EXTERNAL</auth>
-  <policy context="default">
-    <allow send_destination="*" eavesdrop="true"/>
-    <allow eavesdrop="true"/>
-    <allow own="*"/>
-  </policy>
-</busconfig>
-)";
-}
 
 // Calls a method of the Secret Service on \p bus with dbus-send.
 ProcessResult callService(const std::string &bus, const std::string &method,
@@ -54,24 +34,24 @@ PrivateSecretService::PrivateSecretService(Keyring keyring) {
     problem = "dbus-daemon or gnome-keyring-daemon is not installed";
     return;
   }
-  std::filesystem::path socket = home.path() / "bus";
+  // A session bus that starts nothing on demand: a service that is gone
+  // stays gone, and no prompter can ever be launched.
   std::filesystem::path config = home.path() / "bus.conf";
-  writeFile(config, busConfiguration(socket.string()));
+  writeFile(config, "<busconfig><type>session</type><listen>unix:dir=" +
+                        home.path().string() +
+                        "</listen><auth>EXTERNAL</auth><policy "
+                        "context=\"default\"><allow send_destination=\"*\" "
+                        "eavesdrop=\"true\"/><allow eavesdrop=\"true\"/><allow "
+                        "own=\"*\"/></policy></busconfig>");
   bus = std::make_unique<ChildProcess>(
       *dbusDaemon,
       ProcessOptions{{"--config-file=" + config.string(), "--nofork",
-                      "--nopidfile", "--nosyslog"}},
-      /*quiet=*/true);
-  busAddress = "unix:path=" + socket.string();
-
-  auto deadline = std::chrono::steady_clock::now() + startTimeout;
-  std::error_code ignored;
-  while (!std::filesystem::exists(socket, ignored)) {
-    if (std::chrono::steady_clock::now() > deadline) {
-      problem = "the private bus did not come up";
-      return;
-    }
-    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+                      "--nopidfile", "--nosyslog", "--print-address"}});
+  // It prints its address once it listens.
+  busAddress = bus->readLine(startTimeout).value_or("");
+  if (busAddress.empty()) {
+    problem = "the private bus did not come up";
+    return;
   }
   if (keyring == Keyring::none)
     return;
@@ -90,10 +70,11 @@ PrivateSecretService::PrivateSecretService(Keyring keyring) {
     options.arguments.push_back("--unlock");
     options.standardInput = "private-keyring";
   }
-  daemon = std::make_unique<ChildProcess>(*keyringDaemon, options, true);
+  daemon = std::make_unique<ChildProcess>(*keyringDaemon, options);
 
   // Ready when the service has taken its name and, for an unlocked keyring,
   // made its login collection the default.
+  auto deadline = std::chrono::steady_clock::now() + startTimeout;
   const std::string expected =
       keyring == Keyring::unlocked
           ? "object path \"/org/freedesktop/secrets/collection/login\""
@@ -110,14 +91,6 @@ PrivateSecretService::PrivateSecretService(Keyring keyring) {
     }
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
   }
-}
-
-PrivateSecretService::~PrivateSecretService() {
-  for (ChildProcess *child : {daemon.get(), bus.get()})
-    if (child) {
-      child->sendSignal(SIGTERM);
-      child->wait();
-    }
 }
 
 void PrivateSecretService::lockDefaultCollection() {

@@ -11,7 +11,7 @@ namespace testsupport {
 
 /// A D-Bus bus of the test's own, with no service activation, and on it a
 /// GNOME Keyring Secret Service that the test may lock or kill without
-/// disturbing any other test.
+/// disturbing any other test. Both are killed at the end.
 class PrivateSecretService {
 public:
   enum class Keyring {
@@ -27,7 +27,6 @@ public:
   /// program is missing or something does not come up, isRunning() is false
   /// and getProblem() says why.
   explicit PrivateSecretService(Keyring keyring = Keyring::unlocked);
-  ~PrivateSecretService();
 
   bool isRunning() const noexcept { return problem.empty(); }
   const std::string &getProblem() const noexcept { return problem; }

@@ -2,12 +2,14 @@
 #define KESTRUNECLI_TESTS_SUPPORT_PROCESSRUNNER_H
 
 #include <chrono>
+#include <cstdio>
 #include <filesystem>
 #include <functional>
 #include <map>
 #include <optional>
 #include <string>
 #include <sys/types.h>
+#include <thread>
 #include <vector>
 
 namespace testsupport {
@@ -23,8 +25,6 @@ struct ProcessOptions {
   Environment environment{};
   /// Written to the program's standard input, which is then closed.
   std::string standardInput{};
-  /// The program's working directory; the caller's when absent.
-  std::optional<std::filesystem::path> workingDirectory{};
   /// runProcess kills the program when it runs longer.
   std::chrono::milliseconds timeout = std::chrono::seconds(60);
 };
@@ -40,49 +40,55 @@ struct ProcessResult {
   bool timedOut = false;
 };
 
-/// Runs \p program directly (no shell) and collects its output and exit
-/// status. Throws std::runtime_error when the program can't be started.
+/// A program that runs (directly, no shell) while the test reads its
+/// standard output line by line and sends it signals. Its standard error is
+/// kept aside; its standard input is fed by a thread of its own. Killed with
+/// SIGKILL when still running at the end. Throws std::runtime_error when the
+/// program can't be started.
+class ChildProcess {
+public:
+  explicit ChildProcess(const std::filesystem::path &program,
+                        const ProcessOptions &options = {});
+  ~ChildProcess();
+  ChildProcess(const ChildProcess &) = delete;
+  ChildProcess &operator=(const ChildProcess &) = delete;
+
+  /// One line of output without its line break, or std::nullopt at the end
+  /// of output or when \p timeout passes first.
+  std::optional<std::string> readLine(std::chrono::milliseconds timeout);
+  void sendSignal(int signal);
+  /// Waits for the end: the exit code, or 128 + the signal that ended it.
+  int wait();
+  /// Reads the output not read yet until the child closes it (killing the
+  /// child when \p timeout passes first), waits for the end, and tells all.
+  ProcessResult
+  finish(std::chrono::milliseconds timeout = std::chrono::minutes(2));
+
+private:
+  bool readMore(std::chrono::steady_clock::time_point deadline);
+
+  pid_t child = -1;
+  int output = -1;
+  std::FILE *errors = nullptr;
+  std::thread feeder;
+  std::string buffered;
+  bool ended = false;
+  std::optional<int> status;
+};
+
+/// Runs \p program to its end and collects its output and exit status.
 ProcessResult runProcess(const std::filesystem::path &program,
                          const ProcessOptions &options = {});
 
 /// The full path of \p program found on PATH, or std::nullopt.
 std::optional<std::filesystem::path> findProgram(const std::string &program);
 
-/// A program that runs while the test reads its standard output line by
-/// line and sends it signals. Its standard error goes to the test's, or
-/// nowhere when \p quiet. Killed with SIGKILL when still running at the end.
-class ChildProcess {
-public:
-  explicit ChildProcess(const std::filesystem::path &program,
-                        const ProcessOptions &options = {}, bool quiet = false);
-  ~ChildProcess();
-  ChildProcess(const ChildProcess &) = delete;
-  ChildProcess &operator=(const ChildProcess &) = delete;
-
-  pid_t pid() const noexcept { return child; }
-  /// One line of output without its line break, or std::nullopt at the end
-  /// of output or when \p timeout passes first.
-  std::optional<std::string> readLine(std::chrono::milliseconds timeout);
-  /// Everything the child writes until it closes its output.
-  std::string readAll();
-  void sendSignal(int signal);
-  /// Waits for the end: the exit code, or 128 + the signal that ended it.
-  int wait();
-
-private:
-  pid_t child = -1;
-  int output = -1;
-  std::string buffered;
-  std::optional<int> status;
-};
-
 /// Runs \p body in a forked child without root's privileges (as nobody when
 /// the test runs as root) and returns the text that \p body returned.
 std::string runUnprivileged(const std::function<std::string()> &body);
 
-/// The user and group that runUnprivileged runs as.
+/// The user that runUnprivileged runs as (in the group of the same number).
 uid_t unprivilegedUser();
-gid_t unprivilegedGroup();
 
 } // namespace testsupport
 

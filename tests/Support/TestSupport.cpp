@@ -2,10 +2,9 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <fcntl.h>
 #include <fstream>
 #include <iterator>
-#include <sstream>
+#include <memory>
 #include <stdexcept>
 #include <unistd.h>
 
@@ -26,33 +25,30 @@ TempDir::~TempDir() {
 }
 
 std::string captureStdout(const std::function<void()> &body) {
-  std::fflush(stdout);
-  char name[] = "/tmp/kestrune-stdout-XXXXXX";
-  int fd = mkstemp(name);
-  if (fd < 0)
+  std::unique_ptr<std::FILE, int (*)(std::FILE *)> file(std::tmpfile(),
+                                                        std::fclose);
+  if (!file)
     throw std::runtime_error("cannot create a capture file");
-  unlink(name);
-  int saved = dup(1);
-  dup2(fd, 1);
-  try {
-    body();
-  } catch (...) {
-    std::fflush(stdout);
-    dup2(saved, 1);
-    close(saved);
-    close(fd);
-    throw;
-  }
   std::fflush(stdout);
-  dup2(saved, 1);
-  close(saved);
+  // Standard output comes back however body ends.
+  struct Restore {
+    int saved = dup(1);
+    ~Restore() {
+      std::fflush(stdout);
+      dup2(saved, 1);
+      close(saved);
+    }
+  };
+  {
+    Restore restore;
+    dup2(fileno(file.get()), 1);
+    body();
+  }
   std::string captured;
-  lseek(fd, 0, SEEK_SET);
-  char buffer[4096];
-  ssize_t n;
-  while ((n = read(fd, buffer, sizeof buffer)) > 0)
-    captured.append(buffer, static_cast<std::size_t>(n));
-  close(fd);
+  std::rewind(file.get());
+  char chunk[4096];
+  while (std::size_t n = std::fread(chunk, 1, sizeof chunk, file.get()))
+    captured.append(chunk, n);
   return captured;
 }
 

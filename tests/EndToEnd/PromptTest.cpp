@@ -48,6 +48,8 @@ const Dialog dialogs[] = {
     // prompt it is an empty answer.
     {"{base}", {user, "\x04"}, ProcessEnd::exitedWith(6),
      user + "❗️Error: Exiting as the username entered is empty. Please try again to sign-in.\n"},
+    {"{base}", {user, "alice\n", pass, "s3cret\n", key, "\n", key, "\n"}, ProcessEnd::exitedWith(8),
+     key + "\n❗️Error: Exiting as the apikey entered is empty. Please try again to sign-in.\n"},
     {"{base}", {user, "alice\n", pass, "\x04", pass, "\x04"}, ProcessEnd::exitedWith(7),
      pass + "\n❗️Error: Exiting as the password entered is empty. Please try again to sign-in.\n"},
     {"{base}", {user, "alice\n", pass, "s3c\x03"}, ProcessEnd::killedBy(SIGINT), pass},

@@ -268,6 +268,8 @@ const AnswerCase answerCases[] = {
     // Success without a usable Location shows no link.
     {apps, 1, answer(201, ""), two, 0},
     {apps, 1, answer(201, "", {{"location", "/apps/7/"}}), e2e::uploaded({"installer", "metadata"}, "7"), 0},
+    // The identifier is the Location's text, also beyond 64 bits.
+    {apps, 1, answer(201, "", {{"Location", "/a/9223372036854775808"}}), e2e::uploaded({"installer", "metadata"}, "9223372036854775808"), 0},
 };
 // clang-format on
 
@@ -284,6 +286,15 @@ TEST(UploadTest, TellsWhatTheConsoleAnsweredWithItsCode) {
   scene.con().scriptAnswer(blobs, 3, answer(400, R"({"message":"Bad"})"));
   expectUpload(scene, with(typed, icon), two + at1 + error("Bad"), 33,
                {I, M, C});
+  // A hostname that makes a URL only once escaped: the blobs go out, the
+  // application's URL can't be made.
+  UploadScene odd;
+  odd.change({{"hostname", odd.expand("{base}/a b")}});
+  odd.con().scriptAnswer(Route::Other, answer(200, R"({"Value":1})"));
+  expectUpload(odd, typed,
+               two + error("Unable to form a valid URL with the string "
+                           "{base}/a b/api/mam/groups/570/macos/apps"),
+               51, {"POST /a%20b" + I.substr(5), "POST /a%20b" + M.substr(5)});
 }
 
 } // namespace

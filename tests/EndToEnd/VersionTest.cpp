@@ -28,14 +28,11 @@ exec chroot "$work/root" "$tool" "$@"
 const std::string xml = R"(<?xml version="1.0" encoding="UTF-8"?>
 <plist version="1.0"><dict><key>CFBundleShortVersionString</key><string>1.2</string></dict></plist>
 )";
-const unsigned char binary[] = {
-    0x62, 0x70, 0x6c, 0x69, 0x73, 0x74, 0x30, 0x30, 0xd1, 0x01, 0x02, 0x5f,
-    0x10, 0x1a, 0x43, 0x46, 0x42, 0x75, 0x6e, 0x64, 0x6c, 0x65, 0x53, 0x68,
-    0x6f, 0x72, 0x74, 0x56, 0x65, 0x72, 0x73, 0x69, 0x6f, 0x6e, 0x53, 0x74,
-    0x72, 0x69, 0x6e, 0x67, 0x53, 0x31, 0x2e, 0x32, 0x08, 0x0b, 0x28, 0x00,
-    0x00, 0x00, 0x00, 0x00, 0x00, 0x01, 0x01, 0x00, 0x00, 0x00, 0x00, 0x00,
-    0x00, 0x00, 0x03, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,
-    0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x2c};
+const std::string binary(
+    "bplist00\xd1\x01\x02_\x10\x1a"
+    "CFBundleShortVersionStringS1.2\x08\x0b(\0\0\0\0\0\0\x01\x01\0\0\0\0\0"
+    "\0\0\x03\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0,",
+    79);
 
 struct VersionCase {
   // Where Info.plist stands in the bundle, with what; no bundle when empty.
@@ -49,8 +46,7 @@ const std::string missing = "\n❗️Error: Unable to get the version of "
                             "kestrunecli\n";
 const VersionCase versionCases[] = {
     {"Contents/Info.plist", xml, "--version", "\nVersion: 1.2\n\n", 0},
-    {"Contents/Info.plist", std::string(std::begin(binary), std::end(binary)),
-     "-v", "\nVersion: 1.2\n\n", 0},
+    {"Contents/Info.plist", binary, "-v", "\nVersion: 1.2\n\n", 0},
     {"Info.plist", xml, "--version", "\nVersion: 1.2\n\n", 0},
     {"", "", "--version", missing, 48},
     {"Contents/Info.plist", "not a property list", "-v", missing, 48},

@@ -2,7 +2,6 @@
 
 #include <csignal>
 #include <stdexcept>
-#include <sys/stat.h>
 #include <thread>
 
 namespace testsupport {
@@ -56,14 +55,11 @@ PrivateSecretService::PrivateSecretService(Keyring keyring) {
   if (keyring == Keyring::none)
     return;
 
-  std::filesystem::path runtime = home.path() / "run";
-  std::filesystem::create_directories(runtime);
-  ::chmod(runtime.c_str(), 0700);
   ProcessOptions options{{"--foreground", "--components=secrets"},
                          {{"DBUS_SESSION_BUS_ADDRESS", busAddress},
                           {"HOME", home.path().string()},
                           {"XDG_DATA_HOME", (home.path() / "data").string()},
-                          {"XDG_RUNTIME_DIR", runtime.string()},
+                          {"XDG_RUNTIME_DIR", home.path().string()},
                           {"DISPLAY", std::nullopt},
                           {"WAYLAND_DISPLAY", std::nullopt}}};
   if (keyring == Keyring::unlocked) {

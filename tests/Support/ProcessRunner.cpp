@@ -1,8 +1,11 @@
 #include "Support/ProcessRunner.h"
 
+#include "Support/TestSupport.h"
+
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <sstream>
 #include <stdexcept>
 #include <utility>
@@ -153,10 +156,7 @@ ProcessResult ChildProcess::finish(std::chrono::milliseconds timeout) {
   else
     result.exitCode = WEXITSTATUS(*status);
   result.standardOutput = std::exchange(buffered, {});
-  std::rewind(errors);
-  char chunk[4096];
-  while (std::size_t n = std::fread(chunk, 1, sizeof chunk, errors))
-    result.standardError.append(chunk, n);
+  result.standardError = readFrom(errors);
   return result;
 }
 
@@ -177,35 +177,28 @@ std::optional<std::filesystem::path> findProgram(const std::string &program) {
 uid_t unprivilegedUser() { return geteuid() == 0 ? 65534 : geteuid(); }
 
 std::string runUnprivileged(const std::function<std::string()> &body) {
-  int channel[2];
-  if (pipe2(channel, O_CLOEXEC) != 0)
-    throw std::runtime_error("cannot create a pipe");
+  std::unique_ptr<std::FILE, int (*)(std::FILE *)> file(std::tmpfile(),
+                                                        std::fclose);
   std::fflush(nullptr);
-  pid_t pid = fork();
+  pid_t pid = file ? fork() : -1;
   if (pid == 0) {
     if (geteuid() == 0 &&
         (setgroups(0, nullptr) != 0 || setgid(unprivilegedUser()) != 0 ||
          setuid(unprivilegedUser()) != 0))
       _exit(2);
     try {
-      writeAll(channel[1], body());
+      writeAll(fileno(file.get()), body());
     } catch (const std::exception &error) {
-      writeAll(channel[1], std::string("exception: ") + error.what());
+      writeAll(fileno(file.get()), std::string("exception: ") + error.what());
     }
     _exit(0);
   }
-  close(channel[1]);
-  std::string result;
-  char chunk[4096];
-  for (ssize_t n; (n = read(channel[0], chunk, sizeof chunk)) > 0;)
-    result.append(chunk, static_cast<std::size_t>(n));
-  close(channel[0]);
   int status = 0;
   while (pid > 0 && waitpid(pid, &status, 0) < 0 && errno == EINTR) {
   }
   if (pid < 0 || !WIFEXITED(status) || WEXITSTATUS(status) != 0)
     return "child failed with status " + std::to_string(status);
-  return result;
+  return readFrom(file.get());
 }
 
 } // namespace testsupport

@@ -44,12 +44,16 @@ std::string captureStdout(const std::function<void()> &body) {
     dup2(fileno(file.get()), 1);
     body();
   }
-  std::string captured;
-  std::rewind(file.get());
+  return readFrom(file.get());
+}
+
+std::string readFrom(std::FILE *file) {
+  std::string bytes;
+  std::rewind(file);
   char chunk[4096];
-  while (std::size_t n = std::fread(chunk, 1, sizeof chunk, file.get()))
-    captured.append(chunk, n);
-  return captured;
+  while (std::size_t n = std::fread(chunk, 1, sizeof chunk, file))
+    bytes.append(chunk, n);
+  return bytes;
 }
 
 void writeFile(const std::filesystem::path &path, const std::string &bytes) {

@@ -1,6 +1,7 @@
 #ifndef KESTRUNECLI_TESTS_SUPPORT_TESTSUPPORT_H
 #define KESTRUNECLI_TESTS_SUPPORT_TESTSUPPORT_H
 
+#include <cstdio>
 #include <filesystem>
 #include <functional>
 #include <string>
@@ -25,6 +26,9 @@ private:
 /// Runs \p body with file descriptor 1 sent to a file and returns every byte
 /// written to standard output meanwhile (stdio is flushed around it).
 std::string captureStdout(const std::function<void()> &body);
+
+/// Everything in \p file, read from its start.
+std::string readFrom(std::FILE *file);
 
 /// Writes \p bytes to \p path, replacing the file.
 void writeFile(const std::filesystem::path &path, const std::string &bytes);

@@ -33,6 +33,12 @@ const std::string binary(
     "CFBundleShortVersionStringS1.2\x08\x0b(\0\0\0\0\0\0\x01\x01\0\0\0\0\0"
     "\0\0\x03\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0,",
     79);
+// A binary one whose version holds a NUL: "1.2\0beta".
+const std::string withNul(
+    "bplist00\321\001\002\137\020\032CFBundleShortVersionString\1301.2\0beta"
+    "\010\013\050\0\0\0\0\0\0\001\001\0\0\0\0\0\0\0\003"
+    "\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\061",
+    84);
 
 struct VersionCase {
   // Where Info.plist stands in the bundle, with what; no bundle when empty.
@@ -48,6 +54,8 @@ const VersionCase versionCases[] = {
     {"Contents/Info.plist", xml, "--version", "\nVersion: 1.2\n\n", 0},
     {"Contents/Info.plist", binary, "-v", "\nVersion: 1.2\n\n", 0},
     {"Info.plist", xml, "--version", "\nVersion: 1.2\n\n", 0},
+    {"Contents/Info.plist", withNul, "-v",
+     std::string("\nVersion: 1.2\0beta\n\n", 20), 0},
     {"", "", "--version", missing, 48},
     {"Contents/Info.plist", "not a property list", "-v", missing, 48},
 };

@@ -5,7 +5,9 @@
 #include <curl/curl.h>
 
 #include <algorithm>
+#include <array>
 #include <cctype>
+#include <cstdlib>
 #include <exception>
 #include <limits>
 #include <mutex>
@@ -13,6 +15,7 @@
 
 #include <pthread.h>
 #include <signal.h>
+#include <sys/socket.h>
 
 namespace platform {
 
@@ -51,6 +54,73 @@ using CurlUrl = std::unique_ptr<CURLU, CurlUrlDeleter>;
 void initialiseCurl() {
   static std::once_flag once;
   std::call_once(once, [] { curl_global_init(CURL_GLOBAL_DEFAULT); });
+}
+
+/// The connections, TLS sessions and host names of this process, shared by
+/// every transfer: the requests of one run to one server go over one
+/// connection for as long as the server keeps it open. Transfers run on
+/// threads of their own, so each kind of shared data has a lock.
+class SharedCache {
+public:
+  SharedCache() : share(curl_share_init()) {
+    if (!share)
+      return;
+    curl_share_setopt(share, CURLSHOPT_LOCKFUNC, lock);
+    curl_share_setopt(share, CURLSHOPT_UNLOCKFUNC, unlock);
+    curl_share_setopt(share, CURLSHOPT_USERDATA, static_cast<void *>(this));
+    for (curl_lock_data data : {CURL_LOCK_DATA_CONNECT,
+                                CURL_LOCK_DATA_SSL_SESSION,
+                                CURL_LOCK_DATA_DNS})
+      curl_share_setopt(share, CURLSHOPT_SHARE, data);
+  }
+  SharedCache(const SharedCache &) = delete;
+  SharedCache &operator=(const SharedCache &) = delete;
+
+  /// The share handle; null when libcurl could not make one, and each
+  /// transfer then keeps its connections to itself.
+  CURLSH *get() const noexcept { return share; }
+
+private:
+  static void lock(CURL *, curl_lock_data data, curl_lock_access, void *user) {
+    static_cast<SharedCache *>(user)->mutexes.at(data).lock();
+  }
+  static void unlock(CURL *, curl_lock_data data, void *user) {
+    static_cast<SharedCache *>(user)->mutexes.at(data).unlock();
+  }
+
+  CURLSH *share;
+  std::array<std::mutex, CURL_LOCK_DATA_LAST> mutexes;
+};
+
+// Never destroyed: a transfer may still be running while the process ends,
+// and the operating system closes the connections then.
+CURLSH *sharedCache() {
+  static SharedCache *cache = new SharedCache();
+  return cache->get();
+}
+
+/// The certificates to trust besides what libcurl trusts by default, named
+/// as curl and OpenSSL programs name them: CURL_CA_BUNDLE (a file) wins;
+/// else SSL_CERT_FILE (a file) and SSL_CERT_DIR (a hashed folder). Empty
+/// variables count as unset. Read once, so every transfer of a run trusts
+/// the same and can use the same connections.
+struct Trust {
+  std::optional<std::string> caFile, caFolder;
+};
+
+const Trust &trustFromEnvironment() {
+  static const Trust trust = [] {
+    auto variable = [](const char *name) -> std::optional<std::string> {
+      const char *value = std::getenv(name);
+      if (!value || !*value)
+        return std::nullopt;
+      return std::string(value);
+    };
+    if (auto bundle = variable("CURL_CA_BUNDLE"))
+      return Trust{bundle, std::nullopt};
+    return Trust{variable("SSL_CERT_FILE"), variable("SSL_CERT_DIR")};
+  }();
+  return trust;
 }
 
 std::string toLower(std::string text) {
@@ -216,7 +286,54 @@ struct Exchange {
   std::optional<std::string> bodyFailure;
   std::string data;
   HttpHeaders headers;
+  const char *errorBuffer = nullptr;
+  /// How often libcurl was about to send the request.
+  int attempts = 0;
+  /// libcurl's words about the failure that made it want to send the
+  /// request again; set only when it wanted to.
+  std::optional<std::string> failureBeforeRetry;
 };
+
+// libcurl sends a request once more on a new connection when a reused one
+// failed before any answer came in. The request may have reached the
+// server, and nothing here is ever sent twice, so that second attempt is
+// stopped before it connects (or, should it find another open connection,
+// before it sends) and the request fails as it did.
+void refuseRetry(Exchange &exchange) {
+  if (!exchange.failureBeforeRetry)
+    exchange.failureBeforeRetry = std::string(exchange.errorBuffer);
+}
+
+int onRequestReady(void *user, char *, char *, int, int) {
+  auto &exchange = *static_cast<Exchange *>(user);
+  if (exchange.attempts++ == 0)
+    return CURL_PREREQFUNC_OK;
+  refuseRetry(exchange);
+  return CURL_PREREQFUNC_ABORT;
+}
+
+curl_socket_t onOpenSocket(void *user, curlsocktype,
+                           curl_sockaddr *address) {
+  auto &exchange = *static_cast<Exchange *>(user);
+  if (exchange.attempts > 0) {
+    refuseRetry(exchange);
+    return CURL_SOCKET_BAD;
+  }
+  return ::socket(address->family, address->socktype | SOCK_CLOEXEC,
+                  address->protocol);
+}
+
+/// The failure that ended the first attempt of a request, as libcurl
+/// reports it on a connection of its own: nothing written to the error
+/// buffer means the server closed the connection without a word.
+HttpError describeFailureBeforeRetry(const std::string &failure) {
+  if (failure.empty())
+    return describeFailure(CURLE_GOT_NOTHING, "Empty reply from server");
+  return describeFailure(failure.starts_with("Send failure")
+                             ? CURLE_SEND_ERROR
+                             : CURLE_RECV_ERROR,
+                         failure.c_str());
+}
 
 std::size_t onBodyRead(char *buffer, std::size_t size, std::size_t count,
                        void *user) {
@@ -347,6 +464,17 @@ CURLcode configure(CURL *handle, CURLU *url, const std::string &method,
   set(CURLOPT_WRITEDATA, static_cast<void *>(&exchange));
   set(CURLOPT_HEADERFUNCTION, onHeaderLine);
   set(CURLOPT_HEADERDATA, static_cast<void *>(&exchange));
+  set(CURLOPT_PREREQFUNCTION, onRequestReady);
+  set(CURLOPT_PREREQDATA, static_cast<void *>(&exchange));
+  set(CURLOPT_OPENSOCKETFUNCTION, onOpenSocket);
+  set(CURLOPT_OPENSOCKETDATA, static_cast<void *>(&exchange));
+  if (CURLSH *share = sharedCache())
+    set(CURLOPT_SHARE, share);
+  const Trust &trust = trustFromEnvironment();
+  if (trust.caFile)
+    set(CURLOPT_CAINFO, trust.caFile->c_str());
+  if (trust.caFolder)
+    set(CURLOPT_CAPATH, trust.caFolder->c_str());
 
   if (method == "HEAD") {
     set(CURLOPT_NOBODY, 1L);
@@ -408,8 +536,9 @@ void HttpTask::Transfer::run() {
     char errorBuffer[CURL_ERROR_SIZE] = {};
     Exchange exchange;
     exchange.body = &body;
-    // A reset keeps the connections, so a redirect to the same server
-    // reuses its connection.
+    exchange.errorBuffer = errorBuffer;
+    // The connections live in the process's shared cache, so a redirect
+    // to the same server reuses its connection.
     curl_easy_reset(handle.get());
     CURLcode code = configure(handle.get(), parsed.get(), method, exchange,
                               headers.get(), errorBuffer);
@@ -419,10 +548,13 @@ void HttpTask::Transfer::run() {
     long status = 0;
     curl_easy_getinfo(handle.get(), CURLINFO_RESPONSE_CODE, &status);
     if (code != CURLE_OK) {
-      HttpError error = exchange.bodyFailure
-                            ? HttpError{"The request body could not be sent (" +
-                                        *exchange.bodyFailure + ")"}
-                            : describeFailure(code, errorBuffer);
+      HttpError error =
+          exchange.bodyFailure
+              ? HttpError{"The request body could not be sent (" +
+                          *exchange.bodyFailure + ")"}
+          : exchange.failureBeforeRetry
+              ? describeFailureBeforeRetry(*exchange.failureBeforeRetry)
+              : describeFailure(code, errorBuffer);
       // A final answer's status and fields that came in before the failure
       // go along with it: the caller may decide by them.
       std::optional<HttpResponse> received;

@@ -55,11 +55,16 @@ private:
 };
 
 /// An HTTP client over libcurl. Each request follows redirects (at most 20),
-/// verifies TLS against the system's certificates, takes proxies from the
+/// verifies TLS against the system's certificates, or against those named
+/// by CURL_CA_BUNDLE, SSL_CERT_FILE and SSL_CERT_DIR, takes proxies from the
 /// environment and has no time-out of any kind, the connect phase included:
 /// it waits for as long as the server and the network do. A URL without a
 /// host, or whose host libcurl would read otherwise than UrlReference does,
 /// fails as an unsupported URL before any lookup or connection.
+///
+/// Sessions carry no connections of their own: all requests of the process
+/// to one server share a connection while the server keeps it open, and a
+/// request is never sent a second time on another one.
 class HttpSession {
 public:
   explicit HttpSession(HttpSessionConfiguration configuration);

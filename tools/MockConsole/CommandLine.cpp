@@ -32,9 +32,21 @@ Options:
                         (repeatable)
   --log FILE            append one JSON line per request to FILE: route,
                         method, raw target, headers as received (credentials
-                        included), body length and SHA-256, status
+                        included), body length and SHA-256, status, and the
+                        connection it came on, numbered from 1 in the order
+                        the console accepted them
   --no-hash             count body bytes without hashing them (benchmarks)
   --body-rate N         read request bodies at no more than N bytes a second
+  --requests-per-connection N
+                        close a connection after its N-th answer (default
+                        1000); 1 closes each after one answer
+  --tls-cert FILE --tls-key FILE
+                        serve HTTPS with this certificate and private key
+                        (PEM)
+  --tls-self-signed FILE
+                        serve HTTPS with a new self-signed certificate for
+                        127.0.0.1, ::1 and localhost, written to FILE (PEM)
+                        for clients to trust
   -h, --help            show this help and exit
 )";
 
@@ -139,6 +151,18 @@ CommandLine parseCommandLine(const std::vector<std::string> &arguments) {
       if (rate < 1)
         throw std::invalid_argument("--body-rate: at least 1 byte a second");
       commandLine.options.bodyBytesPerSecond = static_cast<std::uint64_t>(rate);
+    } else if (option == "--requests-per-connection") {
+      std::int64_t count = parseNumber(value, option);
+      if (count < 1)
+        throw std::invalid_argument(option + ": at least 1");
+      commandLine.options.requestsPerConnection =
+          static_cast<std::size_t>(count);
+    } else if (option == "--tls-cert") {
+      commandLine.options.tlsCertificate = std::string(value);
+    } else if (option == "--tls-key") {
+      commandLine.options.tlsKey = std::string(value);
+    } else if (option == "--tls-self-signed") {
+      commandLine.options.tlsSelfSigned = std::string(value);
     } else if (option == "--log") {
       commandLine.options.logPath = std::string(value);
     } else {

@@ -2,6 +2,7 @@
 
 #include "MockConsole/BodyDigest.h"
 #include "MockConsole/ConnectionSocket.h"
+#include "MockConsole/SelfSignedCertificate.h"
 
 #include <httplib.h>
 #include <nlohmann/json.hpp>
@@ -13,6 +14,7 @@
 #include <charconv>
 #include <condition_variable>
 #include <fstream>
+#include <functional>
 #include <map>
 #include <mutex>
 #include <stdexcept>
@@ -153,6 +155,56 @@ std::optional<std::uint64_t> plainLength(const httplib::Request &request) {
   return length;
 }
 
+// The number of the connection that the server's thread is serving: a
+// thread serves one connection at a time, from start to end.
+thread_local int servedConnection = 0;
+
+/// The server's thread pool, counting the connections handed to it: the
+/// server hands over each connection it accepts as one task.
+class CountingQueue final : public httplib::TaskQueue {
+public:
+  CountingQueue(std::function<int()> countConnection, std::size_t threads)
+      : countConnection(std::move(countConnection)), pool(threads) {}
+  void enqueue(std::function<void()> serve) override {
+    pool.enqueue([serve = std::move(serve), number = countConnection()] {
+      servedConnection = number;
+      serve();
+    });
+  }
+  void shutdown() override { pool.shutdown(); }
+  void on_idle() override { pool.on_idle(); }
+
+private:
+  std::function<int()> countConnection;
+  httplib::ThreadPool pool;
+};
+
+/// The server for \p options: plain HTTP, or HTTPS with a certificate.
+std::unique_ptr<httplib::Server> makeServer(const Options &options) {
+  if (options.tlsSelfSigned) {
+    TlsIdentity identity = makeSelfSignedIdentity();
+    writeCertificate(*identity.certificate, *options.tlsSelfSigned);
+    // The server takes its own references to both.
+    auto server = std::make_unique<httplib::SSLServer>(
+        identity.certificate.get(), identity.key.get());
+    if (!server->is_valid())
+      throw std::runtime_error("cannot serve HTTPS with a new certificate");
+    return server;
+  }
+  if (options.tlsCertificate || options.tlsKey) {
+    if (!options.tlsCertificate || !options.tlsKey)
+      throw std::runtime_error("HTTPS needs both a certificate and its key");
+    auto server = std::make_unique<httplib::SSLServer>(
+        options.tlsCertificate->c_str(), options.tlsKey->c_str());
+    if (!server->is_valid())
+      throw std::runtime_error("cannot use the certificate " +
+                               options.tlsCertificate->string() +
+                               " with the key " + options.tlsKey->string());
+    return server;
+  }
+  return std::make_unique<httplib::Server>();
+}
+
 } // namespace
 
 std::string_view getRouteName(Route route) {
@@ -195,7 +247,8 @@ struct MockConsole::State {
   }
 
   const Options options;
-  httplib::Server server;
+  const bool usesTls = options.tlsSelfSigned || options.tlsCertificate;
+  std::unique_ptr<httplib::Server> server;
   std::thread listener;
   std::atomic<bool> listenerEnded = false;
   int port = 0;
@@ -213,6 +266,7 @@ struct MockConsole::State {
   std::int64_t nextApplicationId = 1;
   std::uint64_t releaseGeneration = 0;
   std::uint64_t bodyBytesRead = 0;
+  int connections = 0;
   bool stopping = false;
   std::ofstream logFile;
 
@@ -258,8 +312,9 @@ std::optional<Answer> MockConsole::State::takeScriptedAnswer(Route route) {
 // The server library reads a body 4 KiB at a time and polls before each
 // read, which makes it the bottleneck of a gigabyte upload over loopback. So
 // after its first piece, which empties the library's own buffer, the rest of
-// a plain body is read from the socket directly in large reads; the library
-// then finds the body consumed and carries on with the answer.
+// a plain body on a plain HTTP connection is read from the socket directly
+// in large reads; the library then finds the body consumed and carries on
+// with the answer.
 ReceivedBody
 MockConsole::State::readBody(const httplib::Request &request,
                              const httplib::ContentReader *reader,
@@ -273,7 +328,8 @@ MockConsole::State::readBody(const httplib::Request &request,
   }
   std::optional<std::uint64_t> length = plainLength(request);
   std::optional<int> socket;
-  if (length)
+  // Over TLS the socket carries ciphertext: the library decrypts.
+  if (length && !usesTls)
     socket = findConnectionSocket(request.local_port, request.remote_addr,
                                   request.remote_port);
   auto take = [&](const char *data, std::size_t size) {
@@ -450,6 +506,7 @@ void MockConsole::State::log(Route route, const httplib::Request &request,
   entry.body = body.kept;
   entry.status = status;
   entry.clientPort = request.remote_port;
+  entry.connection = servedConnection;
 
   std::lock_guard lock(mutex);
   if (logFile.is_open()) {
@@ -462,7 +519,8 @@ void MockConsole::State::log(Route route, const httplib::Request &request,
                              {"headers", headers},
                              {"bodyLength", entry.bodyLength},
                              {"bodySha256", entry.bodySha256},
-                             {"status", status}})
+                             {"status", status},
+                             {"connection", entry.connection}})
             << '\n'
             << std::flush;
   }
@@ -485,7 +543,8 @@ std::string MockConsole::State::getBaseUrl() const {
   std::string host = options.bindAddress;
   if (host.find(':') != std::string::npos)
     host = "[" + host + "]";
-  return "http://" + host + ":" + std::to_string(port);
+  return (usesTls ? "https://" : "http://") + host + ":" +
+         std::to_string(port);
 }
 
 void MockConsole::State::handle(Route route, const httplib::Request &request,
@@ -544,6 +603,16 @@ void MockConsole::start() {
     throw std::runtime_error("cannot write the log file " +
                              s.options.logPath->string());
   const Options &options = s.options;
+  s.server = makeServer(options);
+  s.server->new_task_queue = [&s] {
+    return new CountingQueue(
+        [&s] {
+          std::lock_guard lock(s.mutex);
+          return ++s.connections;
+        },
+        CPPHTTPLIB_THREAD_POOL_COUNT);
+  };
+  s.server->set_keep_alive_max_count(options.requestsPerConnection);
   auto on = [&s](Route route) {
     return [&s, route](const httplib::Request &request,
                        httplib::Response &response) {
@@ -557,28 +626,28 @@ void MockConsole::start() {
       s.handle(route, request, response, &reader);
     };
   };
-  s.server.Get("/api/system/groups/search", on(Route::GroupSearch));
-  s.server.Post("/api/mam/blobs/uploadblob", reading(Route::UploadBlob));
-  s.server.Post(R"(/api/mam/groups/([^/]+)/macos/apps)",
+  s.server->Get("/api/system/groups/search", on(Route::GroupSearch));
+  s.server->Post("/api/mam/blobs/uploadblob", reading(Route::UploadBlob));
+  s.server->Post(R"(/api/mam/groups/([^/]+)/macos/apps)",
                 reading(Route::CreateApplication));
-  s.server.Get(".*", on(Route::Other));
-  s.server.Post(".*", reading(Route::Other));
-  s.server.Put(".*", reading(Route::Other));
-  s.server.Patch(".*", reading(Route::Other));
-  s.server.Delete(".*", reading(Route::Other));
+  s.server->Get(".*", on(Route::Other));
+  s.server->Post(".*", reading(Route::Other));
+  s.server->Put(".*", reading(Route::Other));
+  s.server->Patch(".*", reading(Route::Other));
+  s.server->Delete(".*", reading(Route::Other));
   // The library's default also sets SO_REUSEPORT, which would let a second
   // console share a taken port silently.
-  s.server.set_socket_options([](socket_t socket) {
+  s.server->set_socket_options([](socket_t socket) {
     int yes = 1;
     setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
   });
   // Slow clients and large bodies are the point of this server.
-  s.server.set_read_timeout(std::chrono::minutes(10));
-  s.server.set_write_timeout(std::chrono::minutes(10));
+  s.server->set_read_timeout(std::chrono::minutes(10));
+  s.server->set_write_timeout(std::chrono::minutes(10));
 
   s.port = options.port == 0
-               ? s.server.bind_to_any_port(options.bindAddress)
-               : (s.server.bind_to_port(options.bindAddress, options.port)
+               ? s.server->bind_to_any_port(options.bindAddress)
+               : (s.server->bind_to_port(options.bindAddress, options.port)
                       ? options.port
                       : -1);
   if (s.port < 0)
@@ -591,12 +660,12 @@ void MockConsole::start() {
     sigemptyset(&pipe);
     sigaddset(&pipe, SIGPIPE);
     pthread_sigmask(SIG_BLOCK, &pipe, nullptr);
-    s.server.listen_after_bind();
+    s.server->listen_after_bind();
     s.listenerEnded = true;
   });
   // A stop before the accept loop runs would go unnoticed by the library
   // and leave the loop running for ever.
-  while (!s.server.is_running() && !s.listenerEnded)
+  while (!s.server->is_running() && !s.listenerEnded)
     std::this_thread::sleep_for(std::chrono::milliseconds(1));
 }
 
@@ -608,7 +677,7 @@ void MockConsole::stop() {
   }
   if (!state->listener.joinable())
     return;
-  state->server.stop();
+  state->server->stop();
   state->listener.join();
 }
 
@@ -670,6 +739,11 @@ bool MockConsole::waitForBodyBytes(std::uint64_t count,
 std::vector<StoredBlob> MockConsole::getBlobs() const {
   std::lock_guard lock(state->mutex);
   return state->blobs;
+}
+
+int MockConsole::getConnectionCount() const {
+  std::lock_guard lock(state->mutex);
+  return state->connections;
 }
 
 } // namespace mockconsole

@@ -82,6 +82,9 @@ struct LoggedRequest {
   int status = 0;
   /// The client's port: requests on different connections differ here.
   int clientPort = 0;
+  /// The connection it came on, numbered from 1 in the order the console
+  /// accepted them.
+  int connection = 0;
 
   /// The value of the field \p name, whose case doesn't matter.
   [[nodiscard]] std::optional<std::string>
@@ -114,13 +117,23 @@ struct Options {
   std::int64_t firstApplicationId = 1;
   /// When set, one JSON line per request is appended to this file.
   std::optional<std::filesystem::path> logPath{};
+  /// How many requests a connection carries before the console closes it
+  /// after its answer; 1 closes every connection after one answer.
+  std::size_t requestsPerConnection = 1000;
+  /// HTTPS with this certificate and private key (PEM files).
+  std::optional<std::filesystem::path> tlsCertificate{}, tlsKey{};
+  /// HTTPS with a certificate made at start for 127.0.0.1, ::1 and
+  /// localhost, written to this file (PEM) for clients to trust. Wins over
+  /// tlsCertificate.
+  std::optional<std::filesystem::path> tlsSelfSigned{};
 };
 
-/// A device-management console on a loopback port: a stand-in for the real
-/// one in tests and demonstrations. It checks credentials, knows groups by
-/// their ID, stores blobs (reading bodies of any size without holding them)
-/// and creates applications, logs every request, and can be told to answer
-/// any call differently. All members may be called from any thread.
+/// A device-management console on a loopback port, over HTTP or HTTPS: a
+/// stand-in for the real one in tests and demonstrations. It checks
+/// credentials, knows groups by their ID, stores blobs (reading bodies of
+/// any size without holding them) and creates applications, logs every
+/// request with the connection it came on, and can be told to answer any
+/// call differently. All members may be called from any thread.
 class MockConsole {
 public:
   explicit MockConsole(Options options = {});
@@ -138,7 +151,8 @@ public:
 
   /// The port listened on (valid after start()).
   int getPort() const;
-  /// "http://{bindAddress}:{port}", without a trailing slash.
+  /// "http://{bindAddress}:{port}" ("https" with TLS), without a trailing
+  /// slash.
   std::string getBaseUrl() const;
 
   void addAccount(Account account);
@@ -166,6 +180,9 @@ public:
                         std::chrono::milliseconds timeout) const;
   /// Every blob stored so far.
   std::vector<StoredBlob> getBlobs() const;
+  /// How many connections the console has accepted, those that never
+  /// carried a request (a TLS handshake the client gave up) included.
+  int getConnectionCount() const;
 
   struct State;
 

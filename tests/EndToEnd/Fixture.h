@@ -102,13 +102,19 @@ public:
     return text;
   }
 
-  // The environment of every run: this HOME, and no session bus.
+  // The environment of every run: this HOME, no session bus, no
+  // certificates to trust but the system's, and then what \p extra says.
+  testsupport::Environment extra;
   testsupport::Environment environment() const {
-    return {{"HOME", home.path().string()},
-            {"XDG_DATA_HOME", std::nullopt},
-            {"DBUS_SESSION_BUS_ADDRESS", std::nullopt},
-            {"XDG_RUNTIME_DIR", std::nullopt},
-            {"LANG", "C.UTF-8"}};
+    testsupport::Environment variables = {
+        {"HOME", home.path().string()},  {"XDG_DATA_HOME", std::nullopt},
+        {"DBUS_SESSION_BUS_ADDRESS", std::nullopt},
+        {"XDG_RUNTIME_DIR", std::nullopt}, {"LANG", "C.UTF-8"},
+        {"CURL_CA_BUNDLE", std::nullopt},  {"SSL_CERT_FILE", std::nullopt},
+        {"SSL_CERT_DIR", std::nullopt}};
+    for (const auto &[name, value] : extra)
+      variables[name] = value;
+    return variables;
   }
 
   // Runs the tool (through \p wrapper, when one is given) with \p input on

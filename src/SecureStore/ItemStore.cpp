@@ -1,6 +1,7 @@
 #include "SecureStore/ItemStore.h"
 
 #include "SecureStore/FileItemStore.h"
+#include "SecureStore/ItemTable.h"
 #include "SecureStore/SecretServiceItemStore.h"
 
 #include <atomic>
@@ -31,16 +32,76 @@ std::filesystem::path homeDirectory() {
   return std::filesystem::temp_directory_path();
 }
 
+// One copy of the account: every call goes to the store chosen for the run,
+// and once it has written or deleted an item of a service there, the other
+// store keeps no item of that service: the items of a service make up one
+// account, and a copy left behind would be a stale one, its password among
+// them. The other store is only read until it holds such items, so it is
+// never created for nothing, and what goes wrong there leaves them where
+// they are without failing the call.
+class OneAccountItemStore final : public ItemStore {
+public:
+  OneAccountItemStore(std::unique_ptr<ItemStore> chosen,
+                      std::unique_ptr<ItemStore> other)
+      : chosen(std::move(chosen)), other(std::move(other)) {}
+
+  OSStatus copyMatching(const Dictionary &query, CopyResult *result) override {
+    return chosen->copyMatching(query, result);
+  }
+
+  OSStatus addItem(const Dictionary &attributes) override {
+    OSStatus status = chosen->addItem(attributes);
+    if (status == 0)
+      removeOtherCopy(attributes);
+    return status;
+  }
+
+  OSStatus updateItems(const Dictionary &query,
+                       const Dictionary &attributesToUpdate) override {
+    OSStatus status = chosen->updateItems(query, attributesToUpdate);
+    if (status == 0)
+      removeOtherCopy(query);
+    return status;
+  }
+
+  OSStatus deleteItems(const Dictionary &query) override {
+    OSStatus status = chosen->deleteItems(query);
+    if (status != 0 && status != Status(Status::Case::itemNotFound).rawValue())
+      return status;
+    return removeOtherCopy(query) ? 0 : status;
+  }
+
+  AccessControlResult createAccessControl(const std::string &protection,
+                                          std::uint64_t flags) override {
+    return chosen->createAccessControl(protection, flags);
+  }
+
+  std::string describe() const override { return chosen->describe(); }
+
+private:
+  bool removeOtherCopy(const Dictionary &dictionary) {
+    Dictionary service = sameServiceQuery(dictionary);
+    return other->copyMatching(service, nullptr) == 0 &&
+           other->deleteItems(service) == 0;
+  }
+
+  std::unique_ptr<ItemStore> chosen;
+  std::unique_ptr<ItemStore> other;
+};
+
 // The one place where the process's store is chosen: the Secret Service
-// when it runs, the file store otherwise.
+// when it runs, the file store otherwise. With the Secret Service, the file
+// store is where a stale copy may lie.
 // The store lives until the process ends and is never destroyed, so no
 // D-Bus teardown runs inside exit().
 ItemStore &automaticStore() {
   static ItemStore *store = [] {
+    auto fileStore = std::make_unique<FileItemStore>(defaultFileStorePath());
     std::unique_ptr<ItemStore> secretService = openSecretServiceItemStore();
     if (secretService)
-      return secretService.release();
-    return static_cast<ItemStore *>(new FileItemStore(defaultFileStorePath()));
+      return static_cast<ItemStore *>(new OneAccountItemStore(
+          std::move(secretService), std::move(fileStore)));
+    return static_cast<ItemStore *>(fileStore.release());
   }();
   return *store;
 }

@@ -4,6 +4,7 @@
 #include "SecureStore/KeychainTypes.h"
 #include "SecureStore/SecConstants.h"
 
+#include <algorithm>
 #include <array>
 #include <random>
 
@@ -178,10 +179,15 @@ bool samePrimaryKey(const Dictionary &a, const Dictionary &b) {
   return true;
 }
 
-bool hasDuplicates(const std::vector<StoredItem> &items) {
-  for (std::size_t i = 0; i < items.size(); ++i)
-    for (std::size_t j = i + 1; j < items.size(); ++j)
-      if (samePrimaryKey(items[i].attributes, items[j].attributes))
+// Whether a change made two items of \p after share a primary key that
+// they did not share in \p before. Items that already did (another program
+// may have stored the same item twice) are changed together.
+bool addsDuplicates(const std::vector<StoredItem> &before,
+                    const std::vector<StoredItem> &after) {
+  for (std::size_t i = 0; i < after.size(); ++i)
+    for (std::size_t j = i + 1; j < after.size(); ++j)
+      if (samePrimaryKey(after[i].attributes, after[j].attributes) &&
+          !samePrimaryKey(before[i].attributes, before[j].attributes))
         return true;
   return false;
 }
@@ -208,6 +214,24 @@ void writeAttribute(Dictionary &item, const std::string &key,
 }
 
 } // namespace
+
+Dictionary sameServiceQuery(const Dictionary &dictionary) {
+  const std::string *itemClass = findText(dictionary, kSecClass);
+  bool internet = itemClass && *itemClass == kSecClassInternetPassword;
+  Dictionary query;
+  auto copy = [&](std::string_view key) {
+    auto found = dictionary.find(key);
+    if (key != kSecAttrAccount && found != dictionary.end())
+      query.insert(*found);
+  };
+  if (internet)
+    std::for_each(internetPrimaryKey.begin(), internetPrimaryKey.end(), copy);
+  else
+    std::for_each(genericPrimaryKey.begin(), genericPrimaryKey.end(), copy);
+  query.insert_or_assign(std::string(kSecAttrSynchronizable),
+                         std::string(kSecAttrSynchronizableAny));
+  return query;
+}
 
 const std::string *findText(const Dictionary &dictionary,
                             std::string_view key) {
@@ -322,7 +346,7 @@ OSStatus ItemTable::updateItems(const Dictionary &query,
   }
   if (indexes.empty())
     return Status(Status::Case::itemNotFound).rawValue();
-  if (hasDuplicates(updated))
+  if (addsDuplicates(items, updated))
     return Status(Status::Case::duplicateItem).rawValue();
   items = std::move(updated);
   if (changed)

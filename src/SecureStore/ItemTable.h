@@ -48,6 +48,11 @@ AccessControlResult
 makeAccessControlWithoutPolicy(const std::string &protection,
                                std::uint64_t flags);
 
+/// A query for every item of the class, service (or server, port,
+/// protocol and the like) and access group of \p dictionary, whatever its
+/// account, synchronizable or not.
+Dictionary sameServiceQuery(const Dictionary &dictionary);
+
 /// Whether every text of \p dictionary, keys included, is UTF-8.
 bool hasOnlyUtf8(const Dictionary &dictionary);
 

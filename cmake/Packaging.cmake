@@ -30,6 +30,7 @@ set(CPACK_DEBIAN_PACKAGE_SUGGESTS "gnome-keyring, libsecret-tools")
 if(KESTRUNE_DEBIAN_LAYOUT)
   set(docDir ${CMAKE_INSTALL_DATADIR}/doc/${CPACK_PACKAGE_NAME})
   string(TIMESTAMP changelogDate "%a, %d %b %Y %H:%M:%S +0000" UTC)
+  string(TIMESTAMP year "%Y" UTC)
   file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/debian/changelog
 "${CPACK_PACKAGE_NAME} (${PROJECT_VERSION}) unstable; urgency=medium
 
@@ -40,7 +41,7 @@ if(KESTRUNE_DEBIAN_LAYOUT)
   file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/debian/copyright
 "Upstream-Name: kestrunecli
 Files: *
-Copyright: the kestrunecli authors
+Copyright: Copyright (C) ${year} the kestrunecli authors
 License: proprietary
  All rights reserved.
 ")

@@ -1,5 +1,7 @@
 #include "KestruneCLI/UrlSessionManager/UrlSessionManager.h"
 
+#include "KestruneCLI/UrlSessionManager/ConsoleAnswers.h"
+
 #include "Platform/HttpSession.h"
 #include "Platform/StandardOutput.h"
 #include "Platform/UrlReference.h"
@@ -7,9 +9,6 @@
 #include "Spinner/Pattern.h"
 #include "Spinner/Spinner.h"
 
-#include <nlohmann/json.hpp>
-
-#include <cmath>
 #include <memory>
 #include <semaphore>
 #include <string_view>
@@ -17,8 +16,6 @@
 
 namespace kestrune {
 namespace {
-
-using Json = nlohmann::json;
 
 /// What each kind of blob shows and tells the console.
 struct BlobTraits {
@@ -42,10 +39,7 @@ BlobTraits traitsOf(BlobType blobType) {
 
 /// The cells that a callback fills on the client's thread and the caller
 /// reads after its wait.
-struct ResultCells {
-  std::optional<std::int64_t> result;
-  std::optional<CliError> error;
-};
+using ResultCells = AnswerOutcome;
 
 using AnswerReader =
     std::function<void(const std::optional<std::string> &data,
@@ -70,118 +64,6 @@ void sendAndWait(const platform::HttpSession &session,
   semaphore->acquire();
 }
 
-/// The answer's body as a JSON object; absent without data, for text that
-/// isn't JSON and for any other top level. The whole body must be JSON: the
-/// parser would take a NUL byte for the end of its input, and JSON holds no
-/// raw NUL anywhere, so a body with one is no JSON.
-std::optional<Json> parseObject(const std::optional<std::string> &data) {
-  if (!data || data->find('\0') != std::string::npos)
-    return std::nullopt;
-  Json json = Json::parse(*data, nullptr, /*allow_exceptions=*/false);
-  if (json.is_discarded() || !json.is_object())
-    return std::nullopt;
-  return json;
-}
-
-/// A JSON number that converts exactly to a signed 64-bit integer: 5 and
-/// 5.0 do; 5.5, 1e30, "5" and true don't.
-std::optional<std::int64_t> exactInteger(const Json &value) {
-  if (value.is_number_unsigned()) {
-    auto number = value.get<std::uint64_t>();
-    if (number > static_cast<std::uint64_t>(INT64_MAX))
-      return std::nullopt;
-    return static_cast<std::int64_t>(number);
-  }
-  if (value.is_number_integer())
-    return value.get<std::int64_t>();
-  if (!value.is_number_float())
-    return std::nullopt;
-  double number = value.get<double>();
-  // -2^63 is the smallest int64; 2^63 is the first double past the largest.
-  if (!std::isfinite(number) || std::trunc(number) != number ||
-      number < -9223372036854775808.0 || number >= 9223372036854775808.0)
-    return std::nullopt;
-  return static_cast<std::int64_t>(number);
-}
-
-std::optional<std::int64_t> integerAt(const Json &object, const char *key) {
-  auto found = object.find(key);
-  if (found == object.end())
-    return std::nullopt;
-  return exactInteger(*found);
-}
-
-std::optional<std::string> messageOf(const Json &object) {
-  auto found = object.find("message");
-  if (found == object.end() || !found->is_string())
-    return std::nullopt;
-  return found->get<std::string>();
-}
-
-bool hasStatus(const std::optional<platform::HttpResponse> &response,
-               long status) {
-  return response && response->statusCode == status;
-}
-
-void readGroupAnswer(ResultCells &cells, const std::optional<std::string> &data,
-                     const std::optional<platform::HttpResponse> &response,
-                     const std::optional<platform::HttpError> &error) {
-  if (error) {
-    cells.error = CliError::networkError(error->description);
-    return;
-  }
-  std::optional<Json> object = parseObject(data);
-  if (!object) {
-    cells.error = CliError::fetchGidAPIResponseParsingError();
-    return;
-  }
-  if (!hasStatus(response, 200)) {
-    std::optional<std::string> message = messageOf(*object);
-    cells.error = message ? CliError::fetchGidAPIResponseError(*message)
-                          : CliError::unknownFetchGidResponseError();
-    return;
-  }
-  auto groups = object->find("OrganizationGroups");
-  if (groups == object->end() || !groups->is_array() || groups->empty() ||
-      !std::all_of(groups->begin(), groups->end(),
-                   [](const Json &group) { return group.is_object(); })) {
-    cells.error = CliError::noOGInResponse();
-    return;
-  }
-  std::optional<std::int64_t> id = integerAt(groups->front(), "Id");
-  if (!id) {
-    cells.error = CliError::noOGId();
-    return;
-  }
-  cells.result = id;
-}
-
-void readBlobAnswer(ResultCells &cells, const std::optional<std::string> &data,
-                    const std::optional<platform::HttpResponse> &response,
-                    const std::optional<platform::HttpError> &error) {
-  if (error) {
-    cells.error = CliError::networkError(error->description);
-    return;
-  }
-  std::optional<Json> object = parseObject(data);
-  if (!object) {
-    cells.error = CliError::uploadResponseParsingError();
-    return;
-  }
-  if (!hasStatus(response, 200)) {
-    std::optional<std::string> message = messageOf(*object);
-    cells.error = message ? CliError::uploadApiResponseError(*message)
-                          : CliError::uploadAPIResponseErrorUnknown();
-    return;
-  }
-  std::optional<std::int64_t> value = integerAt(*object, "Value");
-  if (!value) {
-    cells.error = CliError::noBlobIdValue();
-    return;
-  }
-  cells.result = value;
-}
-
 std::string applicationSuccessMessage(const std::string &identifier) {
   std::string message =
       "\n💡Application has been uploaded to the console successfully. \n\n "
@@ -194,31 +76,6 @@ std::string applicationSuccessMessage(const std::string &identifier) {
   message += identifier;
   message += " ";
   return message;
-}
-
-// This callback looks at the status first and never at the error: a request
-// that failed outright ends like any answer without a usable message, and a
-// 201 whose body was cut off still tells that the application was created.
-void readApplicationAnswer(
-    ResultCells &cells, const std::optional<std::string> &data,
-    const std::optional<platform::HttpResponse> &response) {
-  if (hasStatus(response, 201)) {
-    std::optional<std::string> location = response->getHeader("Location");
-    if (!location)
-      return;
-    std::optional<platform::UrlReference> url =
-        platform::UrlReference::parse(*location);
-    if (!url)
-      return;
-    platform::printLine(applicationSuccessMessage(url->getLastPathComponent()));
-    return;
-  }
-  std::optional<Json> object = parseObject(data);
-  std::optional<std::string> message =
-      object ? messageOf(*object) : std::nullopt;
-  cells.error = message
-                    ? CliError::errorCreatingApplicationWithMessage(*message)
-                    : CliError::errorCreatingApplication();
 }
 
 /// The application's JSON, composed as text: its spacing is part of what
@@ -261,7 +118,7 @@ void UrlSessionManager::fetchGroupIdNum(
   sendAndWait(
       *session, platform::HttpRequest{urlText, "GET", {}},
       [cells](const auto &data, const auto &response, const auto &error) {
-        readGroupAnswer(*cells, data, response, error);
+        *cells = readGroupAnswer(data, response, error);
       });
   completion(cells->result, cells->error);
 }
@@ -309,7 +166,7 @@ void UrlSessionManager::doUploadBlob(
   sendAndWait(
       *session, std::move(request),
       [cells](const auto &data, const auto &response, const auto &error) {
-        readBlobAnswer(*cells, data, response, error);
+        *cells = readBlobAnswer(data, response, error);
       });
   if (cells->result) {
     spinner->stopAndClear();
@@ -349,10 +206,15 @@ void UrlSessionManager::doFinalUpload(
   request.method = "POST";
   request.body = platform::HttpBody::fromBytes(
       composeApplicationBody(metadataValue, installerValue, iconValue));
-  sendAndWait(*session, std::move(request),
-              [cells](const auto &data, const auto &response, const auto &) {
-                readApplicationAnswer(*cells, data, response);
-              });
+  sendAndWait(
+      *session, std::move(request),
+      [cells](const auto &data, const auto &response, const auto &) {
+        // Printed here, on the client's thread, before the wait ends.
+        ApplicationOutcome outcome = readApplicationAnswer(data, response);
+        if (outcome.identifier)
+          platform::printLine(applicationSuccessMessage(*outcome.identifier));
+        cells->error = std::move(outcome.error);
+      });
   completion(cells->error);
 }
 

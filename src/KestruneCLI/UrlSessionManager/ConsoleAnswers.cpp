@@ -1,0 +1,158 @@
+#include "KestruneCLI/UrlSessionManager/ConsoleAnswers.h"
+
+#include "Platform/UrlReference.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <cmath>
+
+namespace kestrune {
+namespace {
+
+using Json = nlohmann::json;
+
+/// The answer's body as a JSON object; absent without data, for text that
+/// isn't JSON and for any other top level. The whole body must be JSON: the
+/// parser would take a NUL byte for the end of its input, and JSON holds no
+/// raw NUL anywhere, so a body with one is no JSON.
+std::optional<Json> parseObject(const std::optional<std::string> &data) {
+  if (!data || data->find('\0') != std::string::npos)
+    return std::nullopt;
+  Json json = Json::parse(*data, nullptr, /*allow_exceptions=*/false);
+  if (json.is_discarded() || !json.is_object())
+    return std::nullopt;
+  return json;
+}
+
+/// A JSON number that converts exactly to a signed 64-bit integer: 5 and
+/// 5.0 do; 5.5, 1e30, "5" and true don't.
+std::optional<std::int64_t> exactInteger(const Json &value) {
+  if (value.is_number_unsigned()) {
+    auto number = value.get<std::uint64_t>();
+    if (number > static_cast<std::uint64_t>(INT64_MAX))
+      return std::nullopt;
+    return static_cast<std::int64_t>(number);
+  }
+  if (value.is_number_integer())
+    return value.get<std::int64_t>();
+  if (!value.is_number_float())
+    return std::nullopt;
+  double number = value.get<double>();
+  // -2^63 is the smallest int64; 2^63 is the first double past the largest.
+  if (!std::isfinite(number) || std::trunc(number) != number ||
+      number < -9223372036854775808.0 || number >= 9223372036854775808.0)
+    return std::nullopt;
+  return static_cast<std::int64_t>(number);
+}
+
+std::optional<std::int64_t> integerAt(const Json &object, const char *key) {
+  auto found = object.find(key);
+  if (found == object.end())
+    return std::nullopt;
+  return exactInteger(*found);
+}
+
+std::optional<std::string> messageOf(const Json &object) {
+  auto found = object.find("message");
+  if (found == object.end() || !found->is_string())
+    return std::nullopt;
+  return found->get<std::string>();
+}
+
+bool hasStatus(const std::optional<platform::HttpResponse> &response,
+               long status) {
+  return response && response->statusCode == status;
+}
+
+} // namespace
+
+AnswerOutcome
+readGroupAnswer(const std::optional<std::string> &data,
+                const std::optional<platform::HttpResponse> &response,
+                const std::optional<platform::HttpError> &error) {
+  AnswerOutcome cells;
+  if (error) {
+    cells.error = CliError::networkError(error->description);
+    return cells;
+  }
+  std::optional<Json> object = parseObject(data);
+  if (!object) {
+    cells.error = CliError::fetchGidAPIResponseParsingError();
+    return cells;
+  }
+  if (!hasStatus(response, 200)) {
+    std::optional<std::string> message = messageOf(*object);
+    cells.error = message ? CliError::fetchGidAPIResponseError(*message)
+                          : CliError::unknownFetchGidResponseError();
+    return cells;
+  }
+  auto groups = object->find("OrganizationGroups");
+  if (groups == object->end() || !groups->is_array() || groups->empty() ||
+      !std::all_of(groups->begin(), groups->end(),
+                   [](const Json &group) { return group.is_object(); })) {
+    cells.error = CliError::noOGInResponse();
+    return cells;
+  }
+  std::optional<std::int64_t> id = integerAt(groups->front(), "Id");
+  if (!id) {
+    cells.error = CliError::noOGId();
+    return cells;
+  }
+  cells.result = id;
+  return cells;
+}
+
+AnswerOutcome
+readBlobAnswer(const std::optional<std::string> &data,
+               const std::optional<platform::HttpResponse> &response,
+               const std::optional<platform::HttpError> &error) {
+  AnswerOutcome cells;
+  if (error) {
+    cells.error = CliError::networkError(error->description);
+    return cells;
+  }
+  std::optional<Json> object = parseObject(data);
+  if (!object) {
+    cells.error = CliError::uploadResponseParsingError();
+    return cells;
+  }
+  if (!hasStatus(response, 200)) {
+    std::optional<std::string> message = messageOf(*object);
+    cells.error = message ? CliError::uploadApiResponseError(*message)
+                          : CliError::uploadAPIResponseErrorUnknown();
+    return cells;
+  }
+  std::optional<std::int64_t> value = integerAt(*object, "Value");
+  if (!value) {
+    cells.error = CliError::noBlobIdValue();
+    return cells;
+  }
+  cells.result = value;
+  return cells;
+}
+
+ApplicationOutcome
+readApplicationAnswer(const std::optional<std::string> &data,
+                      const std::optional<platform::HttpResponse> &response) {
+  // The status comes first: a 201 whose body was cut off still tells that
+  // the application was created.
+  if (hasStatus(response, 201)) {
+    std::optional<std::string> location = response->getHeader("Location");
+    if (!location)
+      return {};
+    std::optional<platform::UrlReference> url =
+        platform::UrlReference::parse(*location);
+    if (!url)
+      return {};
+    return {url->getLastPathComponent(), std::nullopt};
+  }
+  std::optional<Json> object = parseObject(data);
+  std::optional<std::string> message =
+      object ? messageOf(*object) : std::nullopt;
+  return {std::nullopt,
+          message ? CliError::errorCreatingApplicationWithMessage(*message)
+                  : CliError::errorCreatingApplication()};
+}
+
+} // namespace kestrune

@@ -1,7 +1,7 @@
 #include "Platform/PropertyList.h"
 
+#include <algorithm>
 #include <cstdint>
-#include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <limits>
@@ -17,10 +17,6 @@ struct PlistDeleter {
   void operator()(plist_t node) const noexcept { plist_free(node); }
 };
 using PlistPointer = std::unique_ptr<void, PlistDeleter>;
-
-struct MallocDeleter {
-  void operator()(char *text) const noexcept { std::free(text); }
-};
 
 constexpr std::string_view binaryMagic = "bplist00";
 constexpr std::size_t binaryTrailerSize = 32;
@@ -160,20 +156,18 @@ readPropertyListString(const std::filesystem::path &path,
   plist_t item = plist_dict_get_item(root, key.c_str());
   if (!item || plist_get_node_type(item) != PLIST_STRING)
     return std::nullopt;
-  if (bytes.compare(0, binaryMagic.size(), binaryMagic) != 0) {
-    // An XML list can't hold a NUL: the text is what comes before one.
-    char *value = nullptr;
-    plist_get_string_val(item, &value);
-    std::unique_ptr<char, MallocDeleter> valueOwner(value);
-    if (!value)
-      return std::nullopt;
-    return std::string(value);
-  }
   std::uint64_t length = 0;
   const char *value = plist_get_string_ptr(item, &length);
   if (!value)
     return std::nullopt;
   std::string text(value, length);
+  if (bytes.compare(0, binaryMagic.size(), binaryMagic) != 0) {
+    // XML holds no NUL, but libplist keeps raw NUL bytes of a file that has
+    // them (and plist_get_string_val then fails an assertion): the text is
+    // what comes before the first one.
+    text.resize(std::min(text.size(), text.find('\0')));
+    return text;
+  }
   // A NUL in an ASCII string ends libplist's copy of it; the whole string is
   // taken from the list when it begins with that copy.
   std::optional<std::string> whole = BinaryList(bytes).asciiValue(key);

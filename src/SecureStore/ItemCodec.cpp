@@ -56,9 +56,21 @@ std::optional<Value> decodeValue(const Json &json) {
     return Value(toBytes(*decoded));
   }
   if (auto date = json.find("date");
-      date != json.end() && date->is_number_integer())
+      date != json.end() && date->is_number_integer()) {
+    // Microseconds since 1970 that the clock can't hold make no store.
+    using std::chrono::microseconds;
+    constexpr std::int64_t latest =
+        std::chrono::duration_cast<microseconds>(Date::duration::max()).count();
+    constexpr std::int64_t earliest =
+        std::chrono::duration_cast<microseconds>(Date::duration::min()).count();
+    if (date->is_number_unsigned()
+            ? date->get<std::uint64_t>() > static_cast<std::uint64_t>(latest)
+            : date->get<std::int64_t>() < earliest ||
+                  date->get<std::int64_t>() > latest)
+      return std::nullopt;
     return Value(Date(std::chrono::duration_cast<Date::duration>(
-        std::chrono::microseconds(date->get<std::int64_t>()))));
+        microseconds(date->get<std::int64_t>()))));
+  }
   if (auto control = json.find("accessControl");
       control != json.end() && control->is_object()) {
     auto protection = control->find("protection");

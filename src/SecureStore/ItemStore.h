@@ -65,7 +65,10 @@ public:
 /// The store every Keychain uses unless it is given its own: the Secret
 /// Service when a D-Bus session bus is reachable and a Secret Service with a
 /// default collection runs on it, otherwise the file store at
-/// defaultFileStorePath(). Chosen once per process, at the first use.
+/// defaultFileStorePath(). Chosen once per process, at the first use. With
+/// the Secret Service, every item it writes or deletes also takes the items
+/// of the same service out of the file store, so that one account is kept in
+/// one place; reads use the Secret Service alone.
 ItemStore &defaultItemStore();
 
 /// Puts \p store in the place of the automatic choice for the whole process

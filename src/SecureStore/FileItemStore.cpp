@@ -221,6 +221,10 @@ OSStatus FileItemStore::updateItems(const Dictionary &query,
 }
 
 OSStatus FileItemStore::deleteItems(const Dictionary &query) {
+  // Deleting what isn't there creates no folder, lock or file.
+  if (OSStatus status = copyMatching(query, nullptr);
+      status == statusOf(Status::Case::itemNotFound))
+    return status;
   return change([&](ItemTable &table) { return table.deleteItems(query); });
 }
 

@@ -43,6 +43,8 @@ const Step steps[] = {
     {'s', {"config", "--list"}, "\n📖 Account Info:\nUsername:\t\talice\nGroup ID:\t\tOrg1\nGroup ID Number:\t570\nHostname:\t\t{base}\n\n", 0, {}, "Org1"},
     {'s', upload, e2e::uploaded({"installer", "metadata"}, "2"), 0, {}, "Org2"},
     {'s', {"config", "--signout"}, signedOut, 0, {}, {}},
+    {'f', signIn, signedIn, 0, "Org1", {}},
+    {'s', {"config", "--signout"}, "\n❗️Error: You have signed out already.\n", 17, {}, {}},
 };
 // clang-format on
 

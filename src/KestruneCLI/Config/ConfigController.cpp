@@ -163,8 +163,27 @@ void ConfigController::signIn(const ConfigModel &config) {
 }
 
 void ConfigController::signOut() {
-  if (!keychain["username"].read())
+  // Read as the keychain subscript reads (a store error is printed and
+  // counts as nobody), but telling the two apart.
+  std::optional<std::string> username;
+  bool readable = true;
+  try {
+    username = keychain.get("username", true);
+  } catch (const securestore::Error &) {
+    readable = false;
+  }
+  if (!username) {
+    // Nobody in the store of this run. A copy that another store still
+    // holds (an account kept while no Secret Service ran) goes all the same,
+    // so that no password is left behind after a sign-out.
+    try {
+      for (const char *key : accountKeys)
+        if (readable)
+          keychain.remove(key, true);
+    } catch (const securestore::Error &) {
+    }
     reportError(CliError::alreadySignedOut(), darwinWrapper);
+  }
 
   for (const char *key : accountKeys) {
     try {

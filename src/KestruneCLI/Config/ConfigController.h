@@ -51,7 +51,9 @@ public:
 
   /// Removes the six items ("username", "password", "apiKey", "hostname",
   /// "groupId", "groupIdNum"), forgets the record and prints the sign-out
-  /// text. Nobody signed in: alreadySignedOut (17). A removal that fails:
+  /// text. Nobody signed in: the items are removed quietly all the same
+  /// (from any other store that holds a copy) and alreadySignedOut (17). A
+  /// removal that fails:
   /// unableToSignOut with the store's description (21), and the later items
   /// stay. Nothing goes to the console.
   ///

@@ -7,6 +7,12 @@
 // The installer is a sparse file in a temporary directory, so the disk is
 // barely touched and the numbers measure the client. The simulator runs in
 // this process and counts the bytes without hashing them.
+//
+// Linux counts into a process's peak memory the memory of the process that
+// started it as it was when the program was executed, so a program started
+// from here would be charged with this process and its simulator. Each one
+// is therefore started by a small launcher (this program again, with
+// --launch) that measures the program alone.
 
 #include "KestruneCLI/Config/ConfigController.h"
 #include "MockConsole/MockConsole.h"
@@ -40,39 +46,68 @@ struct Measure {
   int exitCode = -1;
 };
 
-// Runs \p argv with \p env, standard output and error to /dev/null, and
-// measures the child alone: wait4 gives its own resource usage.
+// The launcher: runs \p argv (with this process's environment), standard
+// output and error to /dev/null, and prints its wall time, peak memory and
+// exit code on one line. Started fresh, it is small, and fork copies little
+// of it into the program's count.
+int launch(char **argv) {
+  auto start = std::chrono::steady_clock::now();
+  pid_t pid = fork();
+  if (pid == 0) {
+    int null = ::open("/dev/null", O_WRONLY);
+    ::dup2(null, 1);
+    ::dup2(null, 2);
+    ::execv(argv[0], argv);
+    ::_exit(127);
+  }
+  int status = 0;
+  struct rusage usage {};
+  if (pid < 0 || wait4(pid, &status, 0, &usage) != pid)
+    return 1;
+  std::printf(
+      "%f %ld %d\n",
+      std::chrono::duration<double>(std::chrono::steady_clock::now() - start)
+          .count(),
+      usage.ru_maxrss, WIFEXITED(status) ? WEXITSTATUS(status) : -1);
+  return 0;
+}
+
+// Runs \p argv with \p env through the launcher and reads its measure.
 Measure runMeasured(const std::vector<std::string> &argv,
                     const std::vector<std::string> &env) {
+  std::vector<std::string> launched = {"/proc/self/exe", "--launch"};
+  launched.insert(launched.end(), argv.begin(), argv.end());
   std::vector<char *> args, envp;
-  for (const std::string &a : argv)
+  for (const std::string &a : launched)
     args.push_back(const_cast<char *>(a.c_str()));
   args.push_back(nullptr);
   for (const std::string &e : env)
     envp.push_back(const_cast<char *>(e.c_str()));
   envp.push_back(nullptr);
 
+  int report[2];
+  if (::pipe(report) != 0)
+    throw std::runtime_error("cannot make a pipe");
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
-  posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", O_WRONLY, 0);
-  auto start = std::chrono::steady_clock::now();
+  posix_spawn_file_actions_adddup2(&actions, report[1], 1);
+  posix_spawn_file_actions_addclose(&actions, report[0]);
   pid_t pid = 0;
   int failed =
       posix_spawn(&pid, args[0], &actions, nullptr, args.data(), envp.data());
   posix_spawn_file_actions_destroy(&actions);
+  ::close(report[1]);
   if (failed != 0)
     throw std::runtime_error("cannot start " + argv[0]);
+  char line[128] = {};
+  ssize_t n = ::read(report[0], line, sizeof line - 1);
+  ::close(report[0]);
   int status = 0;
-  struct rusage usage {};
-  if (wait4(pid, &status, 0, &usage) != pid)
-    throw std::runtime_error("cannot wait for " + argv[0]);
+  waitpid(pid, &status, 0);
   Measure measure;
-  measure.seconds =
-      std::chrono::duration<double>(std::chrono::steady_clock::now() - start)
-          .count();
-  measure.peakRssKib = usage.ru_maxrss;
-  measure.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  if (n <= 0 || std::sscanf(line, "%lf %ld %d", &measure.seconds,
+                            &measure.peakRssKib, &measure.exitCode) != 3)
+    throw std::runtime_error("cannot measure " + argv[0]);
   return measure;
 }
 
@@ -109,6 +144,8 @@ void printRow(const char *what, const Measure &m) {
 } // namespace
 
 int main(int argc, char **argv) {
+  if (argc > 2 && std::string(argv[1]) == "--launch")
+    return launch(argv + 2);
   long long sizeMib = 2048;
   int runs = 3;
   std::string curl = findProgram("curl");
@@ -192,8 +229,11 @@ int main(int argc, char **argv) {
   }
   Measure curlMedian = median(reference);
   printRow("curl -T", curlMedian);
-  std::printf("wall time ratio: %.2f (aim: 1.10 or less); "
-              "peak memory aim: under 24 MiB\n",
-              toolMedian.seconds / curlMedian.seconds);
+  std::printf("wall time ratio: %.2f (aim: 1.10 or less); peak memory "
+              "%+.1f MiB beside curl's (aim: 2.0 or less)\n",
+              toolMedian.seconds / curlMedian.seconds,
+              static_cast<double>(toolMedian.peakRssKib -
+                                  curlMedian.peakRssKib) /
+                  1024.0);
   return toolMedian.exitCode == 0 && curlMedian.exitCode == 0 ? 0 : 1;
 }

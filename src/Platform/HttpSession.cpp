@@ -5,7 +5,6 @@
 #include <curl/curl.h>
 
 #include <algorithm>
-#include <array>
 #include <cctype>
 #include <cstdlib>
 #include <exception>
@@ -24,6 +23,15 @@ struct HttpTask::Transfer {
   HttpRequest request;
   DataTaskCompletion completion;
   void run();
+
+private:
+  /// What the completion is called with.
+  struct Outcome {
+    std::optional<std::string> data;
+    std::optional<HttpResponse> response;
+    std::optional<HttpError> error;
+  };
+  Outcome perform();
 };
 
 namespace {
@@ -56,48 +64,62 @@ void initialiseCurl() {
   std::call_once(once, [] { curl_global_init(CURL_GLOBAL_DEFAULT); });
 }
 
-/// The connections, TLS sessions and host names of this process, shared by
-/// every transfer: the requests of one run to one server go over one
-/// connection for as long as the server keeps it open. Transfers run on
-/// threads of their own, so each kind of shared data has a lock.
-class SharedCache {
+/// Handles of finished transfers, each with the connections it opened, kept
+/// for the next transfer: the requests of one run to one server go over one
+/// connection for as long as the server keeps it open. A transfer takes the
+/// handle given back last, or a new one when all are in use, so transfers
+/// that run at once never share a handle or a connection; one taken on
+/// another thread than it was given back on is ordered by the lock.
+class HandlePool {
 public:
-  SharedCache() : share(curl_share_init()) {
-    if (!share)
-      return;
-    curl_share_setopt(share, CURLSHOPT_LOCKFUNC, lock);
-    curl_share_setopt(share, CURLSHOPT_UNLOCKFUNC, unlock);
-    curl_share_setopt(share, CURLSHOPT_USERDATA, static_cast<void *>(this));
-    for (curl_lock_data data : {CURL_LOCK_DATA_CONNECT,
-                                CURL_LOCK_DATA_SSL_SESSION,
-                                CURL_LOCK_DATA_DNS})
-      curl_share_setopt(share, CURLSHOPT_SHARE, data);
+  CurlHandle take() {
+    {
+      std::lock_guard lock(mutex);
+      if (!idle.empty()) {
+        CurlHandle handle = std::move(idle.back());
+        idle.pop_back();
+        return handle;
+      }
+    }
+    return CurlHandle(curl_easy_init());
   }
-  SharedCache(const SharedCache &) = delete;
-  SharedCache &operator=(const SharedCache &) = delete;
 
-  /// The share handle; null when libcurl could not make one, and each
-  /// transfer then keeps its connections to itself.
-  CURLSH *get() const noexcept { return share; }
+  /// Keeps \p handle and its connections; a reset forgets every option of
+  /// the transfer that used it (its buffers and callbacks), not the
+  /// connections.
+  void giveBack(CurlHandle handle) {
+    curl_easy_reset(handle.get());
+    std::lock_guard lock(mutex);
+    idle.push_back(std::move(handle));
+  }
 
 private:
-  static void lock(CURL *, curl_lock_data data, curl_lock_access, void *user) {
-    static_cast<SharedCache *>(user)->mutexes.at(data).lock();
-  }
-  static void unlock(CURL *, curl_lock_data data, void *user) {
-    static_cast<SharedCache *>(user)->mutexes.at(data).unlock();
-  }
-
-  CURLSH *share;
-  std::array<std::mutex, CURL_LOCK_DATA_LAST> mutexes;
+  std::mutex mutex;
+  std::vector<CurlHandle> idle;
 };
 
 // Never destroyed: a transfer may still be running while the process ends,
 // and the operating system closes the connections then.
-CURLSH *sharedCache() {
-  static SharedCache *cache = new SharedCache();
-  return cache->get();
+HandlePool &handlePool() {
+  static HandlePool *pool = new HandlePool();
+  return *pool;
 }
+
+/// A handle from the pool for the time of one transfer.
+class PooledHandle {
+public:
+  PooledHandle() : handle(handlePool().take()) {}
+  ~PooledHandle() {
+    if (handle)
+      handlePool().giveBack(std::move(handle));
+  }
+  PooledHandle(const PooledHandle &) = delete;
+  PooledHandle &operator=(const PooledHandle &) = delete;
+  CURL *get() const noexcept { return handle.get(); }
+
+private:
+  CurlHandle handle;
+};
 
 /// The certificates to trust besides what libcurl trusts by default, named
 /// as curl and OpenSSL programs name them: CURL_CA_BUNDLE (a file) wins;
@@ -468,8 +490,6 @@ CURLcode configure(CURL *handle, CURLU *url, const std::string &method,
   set(CURLOPT_PREREQDATA, static_cast<void *>(&exchange));
   set(CURLOPT_OPENSOCKETFUNCTION, onOpenSocket);
   set(CURLOPT_OPENSOCKETDATA, static_cast<void *>(&exchange));
-  if (CURLSH *share = sharedCache())
-    set(CURLOPT_SHARE, share);
   const Trust &trust = trustFromEnvironment();
   if (trust.caFile)
     set(CURLOPT_CAINFO, trust.caFile->c_str());
@@ -502,14 +522,23 @@ CURLcode configure(CURL *handle, CURLU *url, const std::string &method,
 
 } // namespace
 
+// The handle goes back to the pool before the completion runs: a caller
+// woken by it may start its next request at once, and that one is to find
+// the connection free.
 void HttpTask::Transfer::run() {
-  auto fail = [this](HttpError error) {
-    completion(std::nullopt, std::nullopt, std::move(error));
+  Outcome outcome = perform();
+  completion(std::move(outcome.data), std::move(outcome.response),
+             std::move(outcome.error));
+}
+
+HttpTask::Transfer::Outcome HttpTask::Transfer::perform() {
+  auto fail = [](HttpError error) {
+    return Outcome{std::nullopt, std::nullopt, std::move(error)};
   };
   if (auto invalid = checkHeaders(configuration.additionalHeaders))
     return fail(*invalid);
-  CurlHandle handle(curl_easy_init());
-  if (!handle)
+  PooledHandle handle;
+  if (!handle.get())
     return fail(describeFailure(CURLE_FAILED_INIT, nullptr));
 
   std::string url = request.url;
@@ -537,8 +566,8 @@ void HttpTask::Transfer::run() {
     Exchange exchange;
     exchange.body = &body;
     exchange.errorBuffer = errorBuffer;
-    // The connections live in the process's shared cache, so a redirect
-    // to the same server reuses its connection.
+    // A reset keeps the connections, so a redirect to the same server
+    // reuses its connection.
     curl_easy_reset(handle.get());
     CURLcode code = configure(handle.get(), parsed.get(), method, exchange,
                               headers.get(), errorBuffer);
@@ -560,17 +589,15 @@ void HttpTask::Transfer::run() {
       std::optional<HttpResponse> received;
       if (status >= 200)
         received = HttpResponse{status, std::move(exchange.headers)};
-      completion(std::nullopt, std::move(received), std::move(error));
-      return;
+      return Outcome{std::nullopt, std::move(received), std::move(error)};
     }
 
     char *next = nullptr;
     curl_easy_getinfo(handle.get(), CURLINFO_REDIRECT_URL, &next);
     if (!isRedirect(status) || next == nullptr) {
-      completion(std::move(exchange.data),
-                 HttpResponse{status, std::move(exchange.headers)},
-                 std::nullopt);
-      return;
+      return Outcome{std::move(exchange.data),
+                     HttpResponse{status, std::move(exchange.headers)},
+                     std::nullopt};
     }
     if (hop == maxRedirects)
       return fail(describeFailure(CURLE_TOO_MANY_REDIRECTS, nullptr));

@@ -62,9 +62,10 @@ private:
 /// host, or whose host libcurl would read otherwise than UrlReference does,
 /// fails as an unsupported URL before any lookup or connection.
 ///
-/// Sessions carry no connections of their own: all requests of the process
-/// to one server share a connection while the server keeps it open, and a
-/// request is never sent a second time on another one.
+/// Sessions carry no connections of their own: requests of the process
+/// made one after another go to one server over one connection while the
+/// server keeps it open (requests at the same time get connections of their
+/// own), and a request is never sent a second time on another one.
 class HttpSession {
 public:
   explicit HttpSession(HttpSessionConfiguration configuration);

@@ -64,8 +64,8 @@ void carry(int from, int to, std::chrono::microseconds delay) {
       if (chunk.empty())
         break;
       for (std::size_t sent = 0; open && sent < chunk.size();) {
-        ssize_t n = ::send(to, chunk.data() + sent, chunk.size() - sent,
-                           MSG_NOSIGNAL);
+        ssize_t n =
+            ::send(to, chunk.data() + sent, chunk.size() - sent, MSG_NOSIGNAL);
         open = n > 0;
         sent += open ? static_cast<std::size_t>(n) : 0;
       }
@@ -93,8 +93,8 @@ DelayRelay::DelayRelay(int targetPort, std::chrono::microseconds delayEachWay)
   sockaddr_in address = loopback(0);
   socklen_t length = sizeof address;
   if (listener < 0 ||
-      ::bind(listener, reinterpret_cast<sockaddr *>(&address), sizeof address) !=
-          0 ||
+      ::bind(listener, reinterpret_cast<sockaddr *>(&address),
+             sizeof address) != 0 ||
       ::listen(listener, 16) != 0 ||
       ::getsockname(listener, reinterpret_cast<sockaddr *>(&address),
                     &length) != 0)

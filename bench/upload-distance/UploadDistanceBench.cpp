@@ -78,8 +78,7 @@ Measure measure(mockconsole::MockConsole &console,
   auto start = Clock::now();
   for (const auto &command : commands)
     result.ok = run(command, env) == 0 && result.ok;
-  result.seconds =
-      std::chrono::duration<double>(Clock::now() - start).count();
+  result.seconds = std::chrono::duration<double>(Clock::now() - start).count();
   result.connections = console.getConnectionCount() - before;
   return result;
 }
@@ -139,8 +138,7 @@ int main(int argc, char **argv) {
   console.addAccount({"bench", "pw", "key"});
   console.mapGroup("Bench", 42);
   console.start();
-  DelayRelay relay(console.getPort(),
-                   std::chrono::milliseconds(delayMs));
+  DelayRelay relay(console.getPort(), std::chrono::milliseconds(delayMs));
   const std::string base =
       "https://127.0.0.1:" + std::to_string(relay.getPort());
 
@@ -148,7 +146,7 @@ int main(int argc, char **argv) {
   securestore::Keychain keychain =
       kestrune::makeAccountKeychain().withItemStore(store);
   const std::pair<const char *, std::string> items[] = {
-      {"username", "bench"}, {"password", "pw"},       {"apiKey", "key"},
+      {"username", "bench"}, {"password", "pw"},   {"apiKey", "key"},
       {"hostname", base},    {"groupId", "Bench"}, {"groupIdNum", "42"}};
   for (const auto &[key, value] : items)
     keychain.set(value, key);
@@ -164,10 +162,21 @@ int main(int argc, char **argv) {
   // What the tool sends, request for request: the four header fields, no
   // Expect; blob numbers 1 to 3 exist once the tool has run.
   const std::vector<std::string> common = {
-      curl, "-sS", "-f", "-o", "/dev/null", "-H", "Expect:",
-      "-H", "Authorization: Basic YmVuY2g6cHc=", "-H", "qm-tenant-code: key",
-      "-H", "Content-Type: application/json",
-      "-H", "Accept: application/json;version=2"};
+      curl,
+      "-sS",
+      "-f",
+      "-o",
+      "/dev/null",
+      "-H",
+      "Expect:",
+      "-H",
+      "Authorization: Basic YmVuY2g6cHc=",
+      "-H",
+      "qm-tenant-code: key",
+      "-H",
+      "Content-Type: application/json",
+      "-H",
+      "Accept: application/json;version=2"};
   auto curlRun = [&](std::vector<std::string> more) {
     std::vector<std::string> command = common;
     command.insert(command.end(), more.begin(), more.end());

@@ -229,11 +229,11 @@ int main(int argc, char **argv) {
   }
   Measure curlMedian = median(reference);
   printRow("curl -T", curlMedian);
-  std::printf("wall time ratio: %.2f (aim: 1.10 or less); peak memory "
-              "%+.1f MiB beside curl's (aim: 2.0 or less)\n",
-              toolMedian.seconds / curlMedian.seconds,
-              static_cast<double>(toolMedian.peakRssKib -
-                                  curlMedian.peakRssKib) /
-                  1024.0);
+  std::printf(
+      "wall time ratio: %.2f (aim: 1.10 or less); peak memory "
+      "%+.1f MiB beside curl's (aim: 2.0 or less)\n",
+      toolMedian.seconds / curlMedian.seconds,
+      static_cast<double>(toolMedian.peakRssKib - curlMedian.peakRssKib) /
+          1024.0);
   return toolMedian.exitCode == 0 && curlMedian.exitCode == 0 ? 0 : 1;
 }

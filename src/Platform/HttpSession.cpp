@@ -334,8 +334,7 @@ int onRequestReady(void *user, char *, char *, int, int) {
   return CURL_PREREQFUNC_ABORT;
 }
 
-curl_socket_t onOpenSocket(void *user, curlsocktype,
-                           curl_sockaddr *address) {
+curl_socket_t onOpenSocket(void *user, curlsocktype, curl_sockaddr *address) {
   auto &exchange = *static_cast<Exchange *>(user);
   if (exchange.attempts > 0) {
     refuseRetry(exchange);
@@ -351,9 +350,8 @@ curl_socket_t onOpenSocket(void *user, curlsocktype,
 HttpError describeFailureBeforeRetry(const std::string &failure) {
   if (failure.empty())
     return describeFailure(CURLE_GOT_NOTHING, "Empty reply from server");
-  return describeFailure(failure.starts_with("Send failure")
-                             ? CURLE_SEND_ERROR
-                             : CURLE_RECV_ERROR,
+  return describeFailure(failure.starts_with("Send failure") ? CURLE_SEND_ERROR
+                                                             : CURLE_RECV_ERROR,
                          failure.c_str());
 }
 

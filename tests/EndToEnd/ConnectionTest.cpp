@@ -12,13 +12,15 @@ const std::string signedIn =
     "\n💡-------------------------------------------💡\n\tYou have signed in "
     "successfully.\n\n\n🔑Information has been successfully saved into "
     "secure macOS keychain.\n\n";
-const std::string untrusted = "\n❗️Error: A secure connection to the server "
-                              "could not be made (SSL certificate problem: "
-                              "self-signed certificate)\n";
-const Args signIn = {"config", "--signin", "-u", "alice", "-p",  "s3cret",
+const std::string untrusted =
+    "\n❗️Error: A secure connection to the server "
+    "could not be made (SSL certificate problem: "
+    "self-signed certificate)\n";
+const Args signIn = {"config", "--signin",   "-u", "alice",  "-p", "s3cret",
                      "-k",     "tenant-key", "-o", "{base}", "-g", "Org1"};
-const Args upload = {"upload", "-i", "{dir}/a.pkg", "-m", "{dir}/a.plist",
-                     "-l",     "{dir}/a.png", "-g", "Org2"};
+const Args upload = {"upload",        "-i", "{dir}/a.pkg", "-m",
+                     "{dir}/a.plist", "-l", "{dir}/a.png", "-g",
+                     "Org2"};
 const std::string systemBundle = "/etc/ssl/certs/ca-certificates.crt";
 
 struct Case {
@@ -94,7 +96,8 @@ TEST(ConnectionTest, OneConnectionPerOriginAndOnlyTrustedCertificates) {
     EXPECT_EQ(run.out, c.out);
     EXPECT_EQ(run.code, c.code);
     std::vector<std::string> log;
-    for (const mockconsole::LoggedRequest &request : scene.con().getRequests()) {
+    for (const mockconsole::LoggedRequest &request :
+         scene.con().getRequests()) {
       log.push_back(std::to_string(request.connection));
       for (const char *name : {"Authorization", "qm-tenant-code"})
         if (request.getHeader(name))

@@ -107,10 +107,13 @@ public:
   testsupport::Environment extra;
   testsupport::Environment environment() const {
     testsupport::Environment variables = {
-        {"HOME", home.path().string()},  {"XDG_DATA_HOME", std::nullopt},
+        {"HOME", home.path().string()},
+        {"XDG_DATA_HOME", std::nullopt},
         {"DBUS_SESSION_BUS_ADDRESS", std::nullopt},
-        {"XDG_RUNTIME_DIR", std::nullopt}, {"LANG", "C.UTF-8"},
-        {"CURL_CA_BUNDLE", std::nullopt},  {"SSL_CERT_FILE", std::nullopt},
+        {"XDG_RUNTIME_DIR", std::nullopt},
+        {"LANG", "C.UTF-8"},
+        {"CURL_CA_BUNDLE", std::nullopt},
+        {"SSL_CERT_FILE", std::nullopt},
         {"SSL_CERT_DIR", std::nullopt}};
     for (const auto &[name, value] : extra)
       variables[name] = value;

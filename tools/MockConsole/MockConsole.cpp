@@ -543,8 +543,7 @@ std::string MockConsole::State::getBaseUrl() const {
   std::string host = options.bindAddress;
   if (host.find(':') != std::string::npos)
     host = "[" + host + "]";
-  return (usesTls ? "https://" : "http://") + host + ":" +
-         std::to_string(port);
+  return (usesTls ? "https://" : "http://") + host + ":" + std::to_string(port);
 }
 
 void MockConsole::State::handle(Route route, const httplib::Request &request,
@@ -629,7 +628,7 @@ void MockConsole::start() {
   s.server->Get("/api/system/groups/search", on(Route::GroupSearch));
   s.server->Post("/api/mam/blobs/uploadblob", reading(Route::UploadBlob));
   s.server->Post(R"(/api/mam/groups/([^/]+)/macos/apps)",
-                reading(Route::CreateApplication));
+                 reading(Route::CreateApplication));
   s.server->Get(".*", on(Route::Other));
   s.server->Post(".*", reading(Route::Other));
   s.server->Put(".*", reading(Route::Other));

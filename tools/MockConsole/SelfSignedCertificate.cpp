@@ -42,26 +42,24 @@ TlsIdentity makeSelfSignedIdentity() {
   // A random serial number, so that certificates of several runs never
   // pass for one another.
   BIGNUM *serial = BN_new();
-  bool numbered = serial && BN_rand(serial, 63, BN_RAND_TOP_ANY,
-                                    BN_RAND_BOTTOM_ANY) == 1 &&
-                  BN_to_ASN1_INTEGER(serial, X509_get_serialNumber(
-                                                 certificate)) != nullptr;
+  bool numbered =
+      serial && BN_rand(serial, 63, BN_RAND_TOP_ANY, BN_RAND_BOTTOM_ANY) == 1 &&
+      BN_to_ASN1_INTEGER(serial, X509_get_serialNumber(certificate)) != nullptr;
   BN_free(serial);
   require(numbered, "no serial number");
 
   X509_NAME *name = X509_get_subject_name(certificate);
-  require(X509_set_version(certificate, 2) == 1 &&
-              X509_gmtime_adj(X509_getm_notBefore(certificate), -3600) &&
-              X509_gmtime_adj(X509_getm_notAfter(certificate),
-                              30L * 24 * 3600) &&
-              X509_set_pubkey(certificate, identity.key.get()) == 1 &&
-              X509_NAME_add_entry_by_txt(
-                  name, "CN", MBSTRING_ASC,
-                  reinterpret_cast<const unsigned char *>(
-                      "kestrune-mock-console"),
-                  -1, -1, 0) == 1 &&
-              X509_set_issuer_name(certificate, name) == 1,
-          "no subject");
+  require(
+      X509_set_version(certificate, 2) == 1 &&
+          X509_gmtime_adj(X509_getm_notBefore(certificate), -3600) &&
+          X509_gmtime_adj(X509_getm_notAfter(certificate), 30L * 24 * 3600) &&
+          X509_set_pubkey(certificate, identity.key.get()) == 1 &&
+          X509_NAME_add_entry_by_txt(
+              name, "CN", MBSTRING_ASC,
+              reinterpret_cast<const unsigned char *>("kestrune-mock-console"),
+              -1, -1, 0) == 1 &&
+          X509_set_issuer_name(certificate, name) == 1,
+      "no subject");
   addExtension(*certificate, NID_basic_constraints, "critical,CA:TRUE");
   addExtension(*certificate, NID_key_usage,
                "critical,digitalSignature,keyCertSign");

@@ -27,7 +27,13 @@ std::string readSpinnerTranscript(std::string_view output, bool marks) {
     bool redraw = line.size() > 2 && line[1] == ' ' &&
                   std::string_view("-\\|/").find(line[0]) != std::string::npos;
     if (redraw) {
-      at += 1 + line.size();
+      // Every spinner text of the tool ends in "...", then blanks may pad
+      // it; what follows on the same line was printed while it turned.
+      std::size_t end = line.find("...");
+      end = end == line.npos ? line.size()
+                             : std::min(line.find_first_not_of(' ', end + 3),
+                                        line.size());
+      at += 1 + end;
     } else if (!line.empty() && line.find_first_not_of(' ') == line.npos) {
       mark("<clear>");
       at += 1 + line.size();

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <variant>
 
 namespace kestrune {
 namespace {
@@ -65,71 +66,74 @@ bool hasStatus(const std::optional<platform::HttpResponse> &response,
   return response && response->statusCode == status;
 }
 
+/// What the group lookup and the blob upload tell before their own fields,
+/// in their tables' order: a transport error, a body that is no JSON object,
+/// a status other than 200 (with the console's message when it gave one).
+/// The routes differ only in the error each names for these rows.
+struct RouteErrors {
+  CliError notJson;
+  CliError (*withMessage)(std::string);
+  CliError unknown;
+};
+
+std::variant<Json, CliError>
+readAcceptedObject(const std::optional<std::string> &data,
+                   const std::optional<platform::HttpResponse> &response,
+                   const std::optional<platform::HttpError> &error,
+                   const RouteErrors &errors) {
+  if (error)
+    return CliError::networkError(error->description);
+  std::optional<Json> object = parseObject(data);
+  if (!object)
+    return errors.notJson;
+  if (!hasStatus(response, 200)) {
+    std::optional<std::string> message = messageOf(*object);
+    return message ? errors.withMessage(*message) : errors.unknown;
+  }
+  return std::move(*object);
+}
+
 } // namespace
 
 AnswerOutcome
 readGroupAnswer(const std::optional<std::string> &data,
                 const std::optional<platform::HttpResponse> &response,
                 const std::optional<platform::HttpError> &error) {
-  AnswerOutcome cells;
-  if (error) {
-    cells.error = CliError::networkError(error->description);
-    return cells;
-  }
-  std::optional<Json> object = parseObject(data);
-  if (!object) {
-    cells.error = CliError::fetchGidAPIResponseParsingError();
-    return cells;
-  }
-  if (!hasStatus(response, 200)) {
-    std::optional<std::string> message = messageOf(*object);
-    cells.error = message ? CliError::fetchGidAPIResponseError(*message)
-                          : CliError::unknownFetchGidResponseError();
-    return cells;
-  }
-  auto groups = object->find("OrganizationGroups");
-  if (groups == object->end() || !groups->is_array() || groups->empty() ||
+  std::variant<Json, CliError> accepted =
+      readAcceptedObject(data, response, error,
+                         {CliError::fetchGidAPIResponseParsingError(),
+                          &CliError::fetchGidAPIResponseError,
+                          CliError::unknownFetchGidResponseError()});
+  if (auto *failure = std::get_if<CliError>(&accepted))
+    return {std::nullopt, std::move(*failure)};
+  const Json &object = std::get<Json>(accepted);
+  auto groups = object.find("OrganizationGroups");
+  if (groups == object.end() || !groups->is_array() || groups->empty() ||
       !std::all_of(groups->begin(), groups->end(),
-                   [](const Json &group) { return group.is_object(); })) {
-    cells.error = CliError::noOGInResponse();
-    return cells;
-  }
+                   [](const Json &group) { return group.is_object(); }))
+    return {std::nullopt, CliError::noOGInResponse()};
   std::optional<std::int64_t> id = integerAt(groups->front(), "Id");
-  if (!id) {
-    cells.error = CliError::noOGId();
-    return cells;
-  }
-  cells.result = id;
-  return cells;
+  if (!id)
+    return {std::nullopt, CliError::noOGId()};
+  return {id, std::nullopt};
 }
 
 AnswerOutcome
 readBlobAnswer(const std::optional<std::string> &data,
                const std::optional<platform::HttpResponse> &response,
                const std::optional<platform::HttpError> &error) {
-  AnswerOutcome cells;
-  if (error) {
-    cells.error = CliError::networkError(error->description);
-    return cells;
-  }
-  std::optional<Json> object = parseObject(data);
-  if (!object) {
-    cells.error = CliError::uploadResponseParsingError();
-    return cells;
-  }
-  if (!hasStatus(response, 200)) {
-    std::optional<std::string> message = messageOf(*object);
-    cells.error = message ? CliError::uploadApiResponseError(*message)
-                          : CliError::uploadAPIResponseErrorUnknown();
-    return cells;
-  }
-  std::optional<std::int64_t> value = integerAt(*object, "Value");
-  if (!value) {
-    cells.error = CliError::noBlobIdValue();
-    return cells;
-  }
-  cells.result = value;
-  return cells;
+  std::variant<Json, CliError> accepted =
+      readAcceptedObject(data, response, error,
+                         {CliError::uploadResponseParsingError(),
+                          &CliError::uploadApiResponseError,
+                          CliError::uploadAPIResponseErrorUnknown()});
+  if (auto *failure = std::get_if<CliError>(&accepted))
+    return {std::nullopt, std::move(*failure)};
+  std::optional<std::int64_t> value =
+      integerAt(std::get<Json>(accepted), "Value");
+  if (!value)
+    return {std::nullopt, CliError::noBlobIdValue()};
+  return {value, std::nullopt};
 }
 
 ApplicationOutcome

@@ -5,7 +5,6 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <cmath>
 #include <variant>
 
 namespace kestrune {
@@ -41,10 +40,14 @@ std::optional<std::int64_t> exactInteger(const Json &value) {
     return std::nullopt;
   double number = value.get<double>();
   // -2^63 is the smallest int64; 2^63 is the first double past the largest.
-  if (!std::isfinite(number) || std::trunc(number) != number ||
-      number < -9223372036854775808.0 || number >= 9223372036854775808.0)
+  // Within that range the conversion drops the fraction, so a number with
+  // one doesn't come back the same.
+  if (!(number >= -9223372036854775808.0 && number < 9223372036854775808.0))
     return std::nullopt;
-  return static_cast<std::int64_t>(number);
+  auto integer = static_cast<std::int64_t>(number);
+  if (static_cast<double>(integer) != number)
+    return std::nullopt;
+  return integer;
 }
 
 std::optional<std::int64_t> integerAt(const Json &object, const char *key) {

@@ -1,22 +1,35 @@
 #include "Platform/PropertyList.h"
 
+#include "Platform/Module.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <fstream>
 #include <iterator>
 #include <limits>
-#include <memory>
 #include <string_view>
-
-#include <plist/plist.h>
 
 namespace platform {
 namespace {
 
-struct PlistDeleter {
-  void operator()(plist_t node) const noexcept { plist_free(node); }
-};
-using PlistPointer = std::unique_ptr<void, PlistDeleter>;
+// The module that reads lists with libplist: the text at a key of the top
+// dictionary, passed to a sink.
+extern "C" {
+typedef void ListTextSink(void *context, const char *text, std::size_t size);
+typedef int ReadListString(const char *bytes, std::size_t size,
+                           const char *key, void *context, ListTextSink *found);
+}
+constexpr char listModule[] = "kestrune-property-list.so";
+constexpr char listEntry[] = "kestruneReadListString";
+
+ReadListString *loadListReader() {
+  static ReadListString *const reader = [] {
+    std::string problem;
+    return reinterpret_cast<ReadListString *>(
+        findModuleEntry(listModule, listEntry, problem));
+  }();
+  return reader;
+}
 
 constexpr std::string_view binaryMagic = "bplist00";
 constexpr std::size_t binaryTrailerSize = 32;
@@ -147,20 +160,14 @@ readPropertyListString(const std::filesystem::path &path,
   if (bytes.empty() || bytes.size() > std::numeric_limits<std::uint32_t>::max())
     return std::nullopt;
 
-  plist_t root = nullptr;
-  plist_from_memory(bytes.data(), static_cast<std::uint32_t>(bytes.size()),
-                    &root);
-  PlistPointer owner(root);
-  if (!root || plist_get_node_type(root) != PLIST_DICT)
+  ReadListString *reader = loadListReader();
+  std::string text;
+  if (!reader ||
+      !reader(bytes.data(), bytes.size(), key.c_str(), &text,
+              [](void *context, const char *value, std::size_t size) {
+                static_cast<std::string *>(context)->assign(value, size);
+              }))
     return std::nullopt;
-  plist_t item = plist_dict_get_item(root, key.c_str());
-  if (!item || plist_get_node_type(item) != PLIST_STRING)
-    return std::nullopt;
-  std::uint64_t length = 0;
-  const char *value = plist_get_string_ptr(item, &length);
-  if (!value)
-    return std::nullopt;
-  std::string text(value, length);
   if (bytes.compare(0, binaryMagic.size(), binaryMagic) != 0) {
     // XML holds no NUL, but libplist keeps raw NUL bytes of a file that has
     // them (and plist_get_string_val then fails an assertion): the text is

@@ -1,5 +1,5 @@
 // The module kestrune-secret-service.so: the Secret Service client over
-// libsecret and GLib's D-Bus, behind the interface of SecretServiceClient.h.
+// libsecret and GLib's D-Bus, behind the C table of SecretServiceClient.h.
 
 #include "SecureStore/SecretServiceClient.h"
 
@@ -93,7 +93,7 @@ HashTablePtr tableOf(const Attributes &attributes) {
   return table;
 }
 
-Attributes attributesOf(GHashTable *table) {
+Attributes attributesOfTable(GHashTable *table) {
   Attributes attributes;
   GHashTableIter iterator;
   gpointer key = nullptr;
@@ -111,13 +111,13 @@ ValuePtr secretOf(const RemoteItem &item) {
       static_cast<gssize>(item.secret.size()), "application/octet-stream"));
 }
 
-class LibsecretClient final : public Client {
+class LibsecretClient {
 public:
   LibsecretClient(GObjectPtr<GDBusConnection> connection,
                   GObjectPtr<SecretService> service)
       : connection(std::move(connection)), service(std::move(service)) {}
 
-  Outcome openDefaultCollection(std::string &path) override {
+  Outcome openDefaultCollection(std::string &path) {
     GError *rawError = nullptr;
     VariantPtr alias(g_dbus_connection_call_sync(
         connection.get(), busName, servicePath, serviceInterface, "ReadAlias",
@@ -151,7 +151,7 @@ public:
   }
 
   Outcome search(const Attributes &attributes,
-                 std::vector<RemoteItem> &items) override {
+                 std::vector<RemoteItem> &items) {
     HashTablePtr search = tableOf(attributes);
     gchar **rawUnlocked = nullptr;
     gchar **rawLocked = nullptr;
@@ -187,7 +187,7 @@ public:
         return Outcome::locked;
       RemoteItem item{*path, {}, {}, {}};
       HashTablePtr table(secret_item_get_attributes(proxy.get()));
-      item.attributes = attributesOf(table.get());
+      item.attributes = attributesOfTable(table.get());
       CharsPtr label(secret_item_get_label(proxy.get()));
       item.label = label ? label.get() : "";
       gsize length = 0;
@@ -200,7 +200,7 @@ public:
   }
 
   Outcome create(const std::string &collection,
-                 const RemoteItem &item) override {
+                 const RemoteItem &item) {
     GVariantBuilder builder;
     g_variant_builder_init(&builder, G_VARIANT_TYPE("a{ss}"));
     for (const auto &[key, value] : item.attributes)
@@ -226,7 +226,7 @@ public:
     return path ? Outcome::ok : outcomeOf(error.get());
   }
 
-  Outcome replace(const RemoteItem &item) override {
+  Outcome replace(const RemoteItem &item) {
     GObjectPtr<SecretItem> proxy;
     if (Outcome outcome = itemAt(item.path.c_str(), proxy);
         outcome != Outcome::ok)
@@ -246,7 +246,7 @@ public:
     return Outcome::ok;
   }
 
-  Outcome remove(const std::string &path) override {
+  Outcome remove(const std::string &path) {
     GError *rawError = nullptr;
     if (secret_service_delete_item_dbus_path_sync(service.get(), path.c_str(),
                                                   nullptr, &rawError))
@@ -268,24 +268,15 @@ private:
   GObjectPtr<SecretService> service;
 };
 
-Client *fail(std::string &reason, std::string why) {
+LibsecretClient *fail(std::string &reason, std::string why) {
   reason = std::move(why);
   return nullptr;
 }
 
-} // namespace
-
-} // namespace securestore::secretservice
-
 // Opens the Secret Service on the process's session bus (GLib keeps one
 // session connection per process). The caller has made sure that a bus is
 // there, so GLib never tries to launch one.
-extern "C" __attribute__((visibility("default")))
-securestore::secretservice::Client *
-kestruneOpenSecretService(std::string &reason) {
-  using namespace securestore::secretservice;
-  static_assert(std::string_view(openClientSymbol) ==
-                "kestruneOpenSecretService");
+LibsecretClient *openClient(std::string &reason) {
   GError *rawError = nullptr;
   GObjectPtr<GDBusConnection> connection(
       g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, &rawError));
@@ -334,3 +325,83 @@ kestruneOpenSecretService(std::string &reason) {
                             (error ? error->message : "unknown error"));
   return new LibsecretClient(std::move(connection), std::move(service));
 }
+
+// The C table: each call turns the plain texts into the client's types and
+// back. Nothing may unwind into the program, whose C++ runtime is not ours: a
+// call that throws (memory ran out) reports the service as unavailable.
+template <typename Call> int guarded(Call call) noexcept {
+  try {
+    return static_cast<int>(call());
+  } catch (...) {
+    return static_cast<int>(Outcome::unavailable);
+  }
+}
+
+LibsecretClient *clientOf(KestruneSecretClient *client) {
+  return reinterpret_cast<LibsecretClient *>(client);
+}
+
+const KestruneSecretService table = {
+    [](void *context, KestruneSecretTextSink *reason) noexcept {
+      std::string why;
+      LibsecretClient *client = nullptr;
+      try {
+        client = openClient(why);
+      } catch (...) {
+        why = "cannot open the Secret Service: out of memory";
+      }
+      if (!client)
+        reason(context, viewOf(why));
+      return reinterpret_cast<KestruneSecretClient *>(client);
+    },
+    [](KestruneSecretClient *client) noexcept { delete clientOf(client); },
+    [](KestruneSecretClient *client, void *context,
+       KestruneSecretTextSink *path) noexcept {
+      return guarded([&] {
+        std::string found;
+        Outcome outcome = clientOf(client)->openDefaultCollection(found);
+        if (outcome == Outcome::ok)
+          path(context, viewOf(found));
+        return outcome;
+      });
+    },
+    [](KestruneSecretClient *client, const KestruneSecretText *attributes,
+       std::size_t attributeTexts, void *context,
+       KestruneSecretItemSink *found) noexcept {
+      return guarded([&] {
+        std::vector<RemoteItem> items;
+        Outcome outcome = clientOf(client)->search(
+            attributesOf(attributes, attributeTexts), items);
+        if (outcome == Outcome::ok)
+          for (const RemoteItem &item : items)
+            found(context, ItemView(item).get());
+        return outcome;
+      });
+    },
+    [](KestruneSecretClient *client, KestruneSecretText collection,
+       const KestruneSecretItem *item) noexcept {
+      return guarded([&] {
+        return clientOf(client)->create(textOf(collection),
+                                        remoteItemOf(*item));
+      });
+    },
+    [](KestruneSecretClient *client, const KestruneSecretItem *item) noexcept {
+      return guarded(
+          [&] { return clientOf(client)->replace(remoteItemOf(*item)); });
+    },
+    [](KestruneSecretClient *client, KestruneSecretText path) noexcept {
+      return guarded([&] { return clientOf(client)->remove(textOf(path)); });
+    },
+};
+
+} // namespace
+
+} // namespace securestore::secretservice
+
+extern "C" __attribute__((visibility("default"))) const KestruneSecretService *
+kestruneSecretService(void) {
+  static_assert(std::string_view(securestore::secretservice::entrySymbol) ==
+                "kestruneSecretService");
+  return &securestore::secretservice::table;
+}
+

@@ -5,9 +5,9 @@
 #include "SecureStore/SecConstants.h"
 #include "SecureStore/SecretServiceClient.h"
 
-#include <algorithm>
+#include "Platform/Module.h"
+
 #include <cstdlib>
-#include <dlfcn.h>
 #include <filesystem>
 #include <map>
 #include <mutex>
@@ -19,9 +19,10 @@ namespace {
 
 namespace fs = std::filesystem;
 using secretservice::Attributes;
-using secretservice::Client;
+using secretservice::ItemView;
 using secretservice::Outcome;
 using secretservice::RemoteItem;
+using secretservice::viewOf;
 
 constexpr char schemaName[] = "org.kestrune.cli.Keychain";
 
@@ -124,6 +125,64 @@ std::optional<StoredItem> storedItemOf(const RemoteItem &remote) {
       attributes.emplace(key, found->second);
   return StoredItem{remote.path, std::move(attributes)};
 }
+
+// The module's client, through its table of C calls.
+class Client {
+public:
+  Client(const KestruneSecretService &calls, KestruneSecretClient *client)
+      : calls(calls), client(client) {}
+  ~Client() { calls.close(client); }
+  Client(const Client &) = delete;
+  Client &operator=(const Client &) = delete;
+
+  /// The path of the default collection, when it exists and is unlocked.
+  Outcome openDefaultCollection(std::string &path) {
+    return outcomeOf(calls.openDefaultCollection(
+        client, &path, [](void *context, KestruneSecretText text) {
+          *static_cast<std::string *>(context) = secretservice::textOf(text);
+        }));
+  }
+
+  /// Every item whose attributes include all of \p attributes, secrets
+  /// included; locked when one of them is locked.
+  Outcome search(const Attributes &attributes,
+                 std::vector<RemoteItem> &items) {
+    std::vector<KestruneSecretText> texts = viewOf(attributes);
+    return outcomeOf(calls.search(
+        client, texts.data(), texts.size(), &items,
+        [](void *context, const KestruneSecretItem *item) {
+          static_cast<std::vector<RemoteItem> *>(context)->push_back(
+              secretservice::remoteItemOf(*item));
+        }));
+  }
+
+  /// Creates \p item (its path is not used) in \p collection.
+  Outcome create(const std::string &collection, const RemoteItem &item) {
+    return outcomeOf(
+        calls.create(client, viewOf(collection), ItemView(item).get()));
+  }
+
+  /// Gives the item at \p item.path the secret, attributes and label of
+  /// \p item.
+  Outcome replace(const RemoteItem &item) {
+    return outcomeOf(calls.replace(client, ItemView(item).get()));
+  }
+
+  Outcome remove(const std::string &path) {
+    return outcomeOf(calls.remove(client, viewOf(path)));
+  }
+
+private:
+  static Outcome outcomeOf(int code) {
+    if (code < static_cast<int>(Outcome::ok) ||
+        code > static_cast<int>(Outcome::unavailable))
+      return Outcome::unavailable;
+    return static_cast<Outcome>(code);
+  }
+
+  const KestruneSecretService &calls;
+  KestruneSecretClient *client;
+};
 
 class SecretServiceItemStore final : public ItemStore {
 public:
@@ -270,56 +329,20 @@ std::unique_ptr<ItemStore> fail(std::string *reason, std::string why) {
   return nullptr;
 }
 
+// The module's table; nullptr with the reason in \p problem when the module
+// is missing. A module that loads stays: GLib can't be unloaded.
+const KestruneSecretService *loadModule(std::string &problem) {
 #ifdef KESTRUNE_SECRET_SERVICE_MODULE
-// Where the module lies: in the installed layout, relative to the program's
-// own folder; and for a program that runs from the build tree, where the
-// build put it.
-std::vector<fs::path> moduleCandidates() {
-  std::error_code error;
-  fs::path program = fs::read_symlink("/proc/self/exe", error);
-  if (error)
-    return {};
-  std::vector<fs::path> candidates{
-      (program.parent_path() / KESTRUNE_SECRET_SERVICE_FROM_BINDIR /
-       fs::path(KESTRUNE_SECRET_SERVICE_MODULE).filename())
-          .lexically_normal()};
-  fs::path buildTree = KESTRUNE_BUILD_TREE;
-  if (std::mismatch(buildTree.begin(), buildTree.end(), program.begin(),
-                    program.end())
-          .first == buildTree.end())
-    candidates.emplace_back(KESTRUNE_SECRET_SERVICE_MODULE);
-  return candidates;
-}
-
-// Loads the module once per process and keeps it: GLib can't be unloaded.
-secretservice::OpenClient *loadModule(std::string &problem) {
-  static std::string loadProblem;
-  static secretservice::OpenClient *open = [] {
-    loadProblem = "the Secret Service module is not installed";
-    for (const fs::path &candidate : moduleCandidates()) {
-      if (!fs::exists(candidate))
-        continue;
-      void *module = ::dlopen(candidate.c_str(), RTLD_NOW | RTLD_LOCAL);
-      if (!module) {
-        const char *why = ::dlerror();
-        loadProblem = why ? why : "cannot load " + candidate.string();
-        continue;
-      }
-      if (void *entry = ::dlsym(module, secretservice::openClientSymbol))
-        return reinterpret_cast<secretservice::OpenClient *>(entry);
-      loadProblem = candidate.string() + " is not the Secret Service module";
-    }
-    return static_cast<secretservice::OpenClient *>(nullptr);
-  }();
-  problem = loadProblem;
-  return open;
-}
+  void *entry = platform::findModuleEntry(KESTRUNE_SECRET_SERVICE_MODULE,
+                                          secretservice::entrySymbol, problem);
+  if (!entry)
+    return nullptr;
+  return reinterpret_cast<KestruneSecretServiceEntry *>(entry)();
 #else
-secretservice::OpenClient *loadModule(std::string &problem) {
   problem = "built without libsecret";
   return nullptr;
-}
 #endif
+}
 
 } // namespace
 
@@ -327,13 +350,17 @@ std::unique_ptr<ItemStore> openSecretServiceItemStore(std::string *reason) {
   if (!hasSessionBus())
     return fail(reason, "no D-Bus session bus");
   std::string problem;
-  secretservice::OpenClient *open = loadModule(problem);
-  if (!open)
+  const KestruneSecretService *calls = loadModule(problem);
+  if (!calls)
     return fail(reason, problem);
-  std::unique_ptr<Client> client(open(problem));
-  if (!client)
+  KestruneSecretClient *opened =
+      calls->open(&problem, [](void *context, KestruneSecretText text) {
+        *static_cast<std::string *>(context) = secretservice::textOf(text);
+      });
+  if (!opened)
     return fail(reason, problem);
-  return std::make_unique<SecretServiceItemStore>(std::move(client));
+  return std::make_unique<SecretServiceItemStore>(
+      std::make_unique<Client>(*calls, opened));
 }
 
 } // namespace securestore

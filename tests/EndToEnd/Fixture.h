@@ -204,6 +204,25 @@ inline mockconsole::Answer dropped(std::uint64_t afterBodyBytes = 0) {
   return {.dropAfterBodyBytes = afterBodyBytes};
 }
 
+// The build tree installed with `cmake --install` into a temporary prefix,
+// once per process: the tool, its modules, its page and completions where
+// an installed tool finds them.
+inline const fs::path &installedPrefix() {
+  static testsupport::TempDir prefix;
+  static const bool installed = [] {
+    fs::path build = fs::path(KESTRUNECLI_PATH).parent_path();
+    while (!fs::exists(build / "CMakeCache.txt") && build.has_relative_path())
+      build = build.parent_path();
+    testsupport::ProcessResult result = testsupport::runProcess(
+        *testsupport::findProgram("cmake"),
+        {.arguments = {"--install", build, "--prefix", prefix.path()}});
+    EXPECT_EQ(result.exitCode, 0) << result.standardError;
+    return result.exitCode == 0;
+  }();
+  EXPECT_TRUE(installed);
+  return prefix.path();
+}
+
 } // namespace e2e
 
 #endif

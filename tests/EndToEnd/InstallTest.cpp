@@ -1,3 +1,4 @@
+#include "EndToEnd/Fixture.h"
 #include "Support/ProcessRunner.h"
 #include "Support/TestSupport.h"
 
@@ -35,17 +36,10 @@ sleep 0.3; zpty -d z; sort -u $out | grep .; rm -f $out)"},
 class InstallTest : public ::testing::Test {
 protected:
   static void SetUpTestSuite() {
-    fs::path build = fs::path(KESTRUNECLI_PATH).parent_path();
-    while (!fs::exists(build / "CMakeCache.txt") && build.has_relative_path())
-      build = build.parent_path();
-    testsupport::ProcessResult installed = runProcess(
-        *testsupport::findProgram("cmake"),
-        {.arguments = {"--install", build, "--prefix", prefix->path()}});
-    ASSERT_EQ(installed.exitCode, 0) << installed.standardError;
     testsupport::writeFile(files->path() / "App.pkg", "");
   }
-  static inline auto prefix = std::make_unique<testsupport::TempDir>();
   static inline auto files = std::make_unique<testsupport::TempDir>();
+  const fs::path &prefix = e2e::installedPrefix();
 };
 
 TEST_F(InstallTest, ShellsCompleteWithTheInstalledScripts) {
@@ -68,14 +62,14 @@ TEST_F(InstallTest, ShellsCompleteWithTheInstalledScripts) {
     SCOPED_TRACE(row.shell + ": " + row.line);
     std::vector<std::string> arguments = {
         "-c", completeWith.at(row.shell), row.shell,
-        prefix->path().string(), files->path().string(), row.line};
+        prefix.string(), files->path().string(), row.line};
     if (row.shell == "fish") // fish's -c takes the arguments without $0
       arguments.erase(arguments.begin() + 2);
     testsupport::ProcessResult result = runProcess(
         *testsupport::findProgram(row.shell),
         {.arguments = arguments,
-         .environment = {{"XDG_DATA_DIRS", (prefix->path() / "share").string()},
-                         {"PATH", (prefix->path() / "bin").string() + ":" + std::getenv("PATH")}}});
+         .environment = {{"XDG_DATA_DIRS", (prefix / "share").string()},
+                         {"PATH", (prefix / "bin").string() + ":" + std::getenv("PATH")}}});
     EXPECT_EQ(result.standardOutput, row.expected);
     EXPECT_EQ(result.standardError, "");
     EXPECT_EQ(result.exitCode, 0);
@@ -97,7 +91,7 @@ for sub in "" upload config; do
     done
 done)";
   testsupport::ProcessResult result = runProcess(
-      "/bin/bash", {.arguments = {"-c", script, "bash", prefix->path()}});
+      "/bin/bash", {.arguments = {"-c", script, "bash", prefix}});
   EXPECT_EQ(result.standardOutput, "");
   EXPECT_EQ(result.standardError, "");
   EXPECT_EQ(result.exitCode, 0);

@@ -9,10 +9,11 @@
 namespace {
 
 // $1: the tool, $2: a work folder, $3: the bundle to install or "none",
-// then the tool's arguments. Exit 125: the namespace could not be set up.
+// $4: "built", or the prefix of an installed tool to run instead, then the
+// tool's arguments. Exit 125: the namespace could not be set up.
 constexpr const char *inNamespace = R"SH(
 fail() { echo "namespace setup failed: $1" >&2; exit 125; }
-tool=$1; work=$2; bundle=$3; shift 3
+tool=$1; work=$2; bundle=$3; [ "$4" = built ] || tool=$4/bin/kestrunecli; shift 4
 mkdir -p "$work/layers" "$work/root" || fail mkdir
 mount -t tmpfs none "$work/layers" || fail tmpfs
 mkdir "$work/layers/upper" "$work/layers/work" || fail layers
@@ -46,6 +47,8 @@ struct VersionCase {
   const char *option;
   std::string out;
   int code;
+  // Run as installed, reading the list through its installed module.
+  bool installed = false;
 };
 
 const std::string missing = "\n❗️Error: Unable to get the version of "
@@ -58,6 +61,7 @@ const VersionCase versionCases[] = {
      std::string("\nVersion: 1.2\0beta\n\n", 20), 0},
     {"", "", "--version", missing, 48},
     {"Contents/Info.plist", "not a property list", "-v", missing, 48},
+    {"Contents/Info.plist", binary, "-v", "\nVersion: 1.2\n\n", 0, true},
 };
 
 TEST(VersionTest, PrintsTheVersionOfTheBundleOrSaysItHasNone) {
@@ -70,7 +74,8 @@ TEST(VersionTest, PrintsTheVersionOfTheBundleOrSaysItHasNone) {
       testsupport::writeFile(bundle / c.path, c.content);
     }
     e2e::Run run = scene.run(
-        {work.string(), c.path.empty() ? "none" : bundle.string(), c.option},
+        {work.string(), c.path.empty() ? "none" : bundle.string(),
+         c.installed ? e2e::installedPrefix().string() : "built", c.option},
         "",
         {"/usr/bin/unshare", "--mount", "--propagation", "private", "/bin/sh",
          "-c", inNamespace, "sh"});

@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <fstream>
 #include <iterator>
-#include <limits>
 #include <string_view>
 
 namespace platform {
@@ -157,7 +156,7 @@ readPropertyListString(const std::filesystem::path &path,
     return std::nullopt;
   std::string bytes((std::istreambuf_iterator<char>(in)),
                     std::istreambuf_iterator<char>());
-  if (bytes.empty() || bytes.size() > std::numeric_limits<std::uint32_t>::max())
+  if (bytes.empty())
     return std::nullopt;
 
   ReadListString *reader = loadListReader();

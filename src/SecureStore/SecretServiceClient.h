@@ -143,11 +143,13 @@ private:
 };
 
 inline RemoteItem remoteItemOf(const KestruneSecretItem &item) {
-  std::string secret = textOf(item.secret);
+  const auto *secret = reinterpret_cast<const std::uint8_t *>(item.secret.bytes);
   return {textOf(item.path),
           attributesOf(item.attributes, item.attributeTexts),
           textOf(item.label),
-          std::vector<std::uint8_t>(secret.begin(), secret.end())};
+          item.secret.size == 0
+              ? std::vector<std::uint8_t>()
+              : std::vector<std::uint8_t>(secret, secret + item.secret.size)};
 }
 
 } // namespace securestore::secretservice

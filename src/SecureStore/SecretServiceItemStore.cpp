@@ -126,6 +126,11 @@ std::optional<StoredItem> storedItemOf(const RemoteItem &remote) {
   return StoredItem{remote.path, std::move(attributes)};
 }
 
+// A sink of the module that keeps the text in the std::string at \p context.
+void keepText(void *context, KestruneSecretText text) {
+  *static_cast<std::string *>(context) = secretservice::textOf(text);
+}
+
 // The module's client, through its table of C calls.
 class Client {
 public:
@@ -137,10 +142,7 @@ public:
 
   /// The path of the default collection, when it exists and is unlocked.
   Outcome openDefaultCollection(std::string &path) {
-    return outcomeOf(calls.openDefaultCollection(
-        client, &path, [](void *context, KestruneSecretText text) {
-          *static_cast<std::string *>(context) = secretservice::textOf(text);
-        }));
+    return outcomeOf(calls.openDefaultCollection(client, &path, keepText));
   }
 
   /// Every item whose attributes include all of \p attributes, secrets
@@ -353,10 +355,7 @@ std::unique_ptr<ItemStore> openSecretServiceItemStore(std::string *reason) {
   const KestruneSecretService *calls = loadModule(problem);
   if (!calls)
     return fail(reason, problem);
-  KestruneSecretClient *opened =
-      calls->open(&problem, [](void *context, KestruneSecretText text) {
-        *static_cast<std::string *>(context) = secretservice::textOf(text);
-      });
+  KestruneSecretClient *opened = calls->open(&problem, keepText);
   if (!opened)
     return fail(reason, problem);
   return std::make_unique<SecretServiceItemStore>(

@@ -8,16 +8,21 @@
 namespace kestrune {
 
 // Changes the stored group when one is given, then uploads the files. The
-// change is stored before the upload reads the account, so it holds for this
-// upload and for the ones after it.
+// change is stored before the upload, so it holds for the ones after it;
+// this upload goes into the group it stored, whatever other runs change
+// meanwhile.
 void KestruneCLI::Upload::run() {
   UploadController uploadController(DarwinWrapper::shared());
   ConfigController configController(UrlSessionManager::shared(),
                                     makeAccountKeychain(),
                                     DarwinWrapper::shared());
-  if (groupId)
-    configController.editGroupId(*groupId);
-  uploadController.upload(installerPath, metadataPath, iconPath);
+  std::optional<ConfigModel> account;
+  if (groupId) {
+    account = configController.editGroupId(*groupId);
+    if (!account)
+      return;
+  }
+  uploadController.upload(installerPath, metadataPath, iconPath, account);
 }
 
 } // namespace kestrune

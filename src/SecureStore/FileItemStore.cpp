@@ -2,6 +2,7 @@
 
 #include "SecureStore/ItemCodec.h"
 #include "SecureStore/ItemTable.h"
+#include "SecureStore/StoreLock.h"
 
 #include <cerrno>
 #include <fcntl.h>
@@ -15,21 +16,6 @@ namespace {
 
 OSStatus statusOf(Status::Case errorCase) {
   return Status(errorCase).rawValue();
-}
-
-// The status of a write that the file system refused with \p error.
-OSStatus writeFailure(int error) {
-  switch (error) {
-  case EACCES:
-  case EPERM:
-  case EROFS:
-    return statusOf(Status::Case::readOnly);
-  case ENOSPC:
-  case EDQUOT:
-    return statusOf(Status::Case::diskFull);
-  default:
-    return statusOf(Status::Case::io);
-  }
 }
 
 class Descriptor {
@@ -54,34 +40,20 @@ private:
   int fd;
 };
 
-// Creates the missing directories of \p directory, each 0700 whatever the
-// umask.
-OSStatus ensureDirectory(const std::filesystem::path &directory) {
-  struct stat info {};
-  if (::stat(directory.c_str(), &info) == 0)
-    return S_ISDIR(info.st_mode) ? 0 : statusOf(Status::Case::io);
-  if (errno != ENOENT)
-    return writeFailure(errno);
-  if (directory.has_parent_path() && directory.parent_path() != directory)
-    if (OSStatus status = ensureDirectory(directory.parent_path()))
-      return status;
-  if (::mkdir(directory.c_str(), 0700) != 0 && errno != EEXIST)
-    return writeFailure(errno);
-  if (::chmod(directory.c_str(), 0700) != 0)
-    return writeFailure(errno);
-  return 0;
-}
-
-// The store's directory is only ever its owner's: group and other bits come
-// off. Owner bits are left alone, so a directory made read-only stays so.
+// The store's directory must be the user's own, and nobody else may write
+// it: whoever can put files there can put a store of theirs in place of the
+// user's. Group and other bits that only allow reading come off. Owner bits
+// are left alone, so a directory made read-only stays so.
 OSStatus restrictDirectory(const std::filesystem::path &directory) {
   struct stat info {};
   if (::stat(directory.c_str(), &info) != 0)
-    return writeFailure(errno);
+    return statusOfWriteError(errno);
+  if (!isPrivateToUser(info.st_uid, info.st_mode))
+    return statusOf(Status::Case::io);
   if ((info.st_mode & 077) == 0)
     return 0;
   if (::chmod(directory.c_str(), info.st_mode & 0700) != 0)
-    return writeFailure(errno);
+    return statusOfWriteError(errno);
   return 0;
 }
 
@@ -98,21 +70,24 @@ bool writeAll(int fd, const std::string &bytes) {
   return true;
 }
 
-// Writes \p bytes to a sibling of \p storePath, fsyncs it and renames it
+// Writes \p bytes to a new sibling of \p storePath, fsyncs it and renames it
 // over the store: a crash leaves the old store or the new one, never half.
+// The sibling's name can't be guessed, and it is created afresh (never
+// through a link or over a file that is there), so nobody can have it
+// written elsewhere or read it while it is written.
 OSStatus replaceFile(const std::filesystem::path &storePath,
                      const std::string &bytes) {
   std::filesystem::path directory = storePath.parent_path();
   std::filesystem::path temporary =
-      directory / ("." + storePath.filename().string() + ".new");
+      directory / ("." + storePath.filename().string() + "." + makeItemId());
   Descriptor file(::open(temporary.c_str(),
-                         O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW,
+                         O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW,
                          0600));
   if (!file.isOpen())
-    return writeFailure(errno);
+    return statusOfWriteError(errno);
   auto fail = [&](int error) {
     ::unlink(temporary.c_str());
-    return writeFailure(error);
+    return statusOfWriteError(error);
   };
   if (::fchmod(file.get(), 0600) != 0)
     return fail(errno);
@@ -133,6 +108,53 @@ OSStatus replaceFile(const std::filesystem::path &storePath,
   return 0;
 }
 
+// The items of one reading of the store, for the calls of a transaction or
+// a snapshot. Every call answers \p failure when the reading failed; writes
+// are kept in the table, for the transaction to store at its end.
+class TableItemStore final : public ItemStore {
+public:
+  TableItemStore(ItemTable &table, OSStatus failure, std::string description)
+      : table(table), failure(failure), description(std::move(description)) {}
+
+  bool isChanged() const noexcept { return changed; }
+
+  OSStatus copyMatching(const Dictionary &query, CopyResult *result) override {
+    return failure ? failure : table.copyMatching(query, result);
+  }
+  OSStatus addItem(const Dictionary &attributes) override {
+    return noteChange(failure ? failure
+                              : table.addItem(attributes,
+                                              std::chrono::system_clock::now(),
+                                              makeItemId()));
+  }
+  OSStatus updateItems(const Dictionary &query,
+                       const Dictionary &attributesToUpdate) override {
+    return noteChange(
+        failure ? failure
+                : table.updateItems(query, attributesToUpdate,
+                                    std::chrono::system_clock::now()));
+  }
+  OSStatus deleteItems(const Dictionary &query) override {
+    return noteChange(failure ? failure : table.deleteItems(query));
+  }
+  AccessControlResult createAccessControl(const std::string &protection,
+                                          std::uint64_t flags) override {
+    return makeAccessControlWithoutPolicy(protection, flags);
+  }
+  std::string describe() const override { return description; }
+
+private:
+  OSStatus noteChange(OSStatus status) {
+    changed = changed || status == 0;
+    return status;
+  }
+
+  ItemTable &table;
+  OSStatus failure;
+  std::string description;
+  bool changed = false;
+};
+
 } // namespace
 
 FileItemStore::FileItemStore(std::filesystem::path storePath)
@@ -143,19 +165,22 @@ std::string FileItemStore::describe() const {
 }
 
 OSStatus FileItemStore::load(ItemTable &table) const {
-  Descriptor file(::open(storePath.c_str(), O_RDONLY | O_CLOEXEC));
-  if (!file.isOpen()) {
-    if (errno == ENOENT) {
-      table.items.clear();
-      return 0;
-    }
+  table.items.clear();
+  struct stat folder {};
+  if (::stat(storePath.parent_path().c_str(), &folder) != 0)
+    return errno == ENOENT ? 0 : statusOf(Status::Case::io);
+  if (!isPrivateToUser(folder.st_uid, folder.st_mode))
     return statusOf(Status::Case::io);
-  }
+  Descriptor file(::open(storePath.c_str(), O_RDONLY | O_CLOEXEC));
+  if (!file.isOpen())
+    return errno == ENOENT ? 0 : statusOf(Status::Case::io);
   struct stat info {};
   if (::fstat(file.get(), &info) != 0)
     return statusOf(Status::Case::io);
   if (!S_ISREG(info.st_mode))
     return statusOf(Status::Case::invalidKeychain);
+  if (!isPrivateToUser(info.st_uid, info.st_mode))
+    return statusOf(Status::Case::io);
   std::string text;
   char buffer[8192];
   for (;;) {
@@ -171,30 +196,38 @@ OSStatus FileItemStore::load(ItemTable &table) const {
   return decodeStore(text, table.items);
 }
 
-template <typename Change> OSStatus FileItemStore::change(Change &&apply) {
+OSStatus
+FileItemStore::transact(const std::function<OSStatus(ItemStore &)> &change) {
   std::filesystem::path directory = storePath.parent_path();
   if (OSStatus status = ensureDirectory(directory))
     return status;
   if (OSStatus status = restrictDirectory(directory))
     return status;
-
   std::filesystem::path lockPath = storePath;
   lockPath += ".lock";
-  Descriptor lock(::open(lockPath.c_str(),
-                         O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
-  if (!lock.isOpen())
-    return writeFailure(errno);
-  ::fchmod(lock.get(), 0600);
-  while (::flock(lock.get(), LOCK_EX) != 0)
-    if (errno != EINTR)
-      return statusOf(Status::Case::io);
+  StoreLock lock;
+  if (OSStatus status = lock.acquire(lockPath, StoreLock::Mode::exclusive))
+    return status;
 
+  // From the first read to the rename, the lock keeps every other change
+  // out: what the change read is what it replaces.
   ItemTable table;
-  if (OSStatus status = load(table))
+  OSStatus loaded = load(table);
+  TableItemStore view(table, loaded, describe());
+  if (OSStatus status = change(view))
     return status;
-  if (OSStatus status = apply(table))
-    return status;
+  if (!view.isChanged())
+    return 0;
   return replaceFile(storePath, encodeStore(table.items));
+}
+
+void FileItemStore::readSnapshot(const std::function<void(ItemStore &)> &read) {
+  // One reading serves every call: a rename replaces the store whole, so it
+  // is one state of the store, whatever changes come after it.
+  ItemTable table;
+  OSStatus loaded = load(table);
+  TableItemStore view(table, loaded, describe());
+  read(view);
 }
 
 OSStatus FileItemStore::copyMatching(const Dictionary &query,
@@ -206,17 +239,13 @@ OSStatus FileItemStore::copyMatching(const Dictionary &query,
 }
 
 OSStatus FileItemStore::addItem(const Dictionary &attributes) {
-  return change([&](ItemTable &table) {
-    return table.addItem(attributes, std::chrono::system_clock::now(),
-                         makeItemId());
-  });
+  return transact([&](ItemStore &store) { return store.addItem(attributes); });
 }
 
 OSStatus FileItemStore::updateItems(const Dictionary &query,
                                     const Dictionary &attributesToUpdate) {
-  return change([&](ItemTable &table) {
-    return table.updateItems(query, attributesToUpdate,
-                             std::chrono::system_clock::now());
+  return transact([&](ItemStore &store) {
+    return store.updateItems(query, attributesToUpdate);
   });
 }
 
@@ -225,7 +254,7 @@ OSStatus FileItemStore::deleteItems(const Dictionary &query) {
   if (OSStatus status = copyMatching(query, nullptr);
       status == statusOf(Status::Case::itemNotFound))
     return status;
-  return change([&](ItemTable &table) { return table.deleteItems(query); });
+  return transact([&](ItemStore &store) { return store.deleteItems(query); });
 }
 
 AccessControlResult

@@ -11,13 +11,16 @@ class ItemTable;
 
 /// Items kept in one file that only its owner can read: the file is 0600
 /// and its directory 0700 whatever the umask (the directory is created when
-/// missing, and group and other bits are taken off it at each write).
+/// missing, and group and other bits are taken off it at each write). A
+/// store or directory that is not the user's own, or that its group or
+/// others may write, is not trusted: calls answer io.
 ///
-/// Each change takes an exclusive flock on "<file>.lock" beside the store,
-/// reads the store, writes the new store to a temporary file, fsyncs it and
-/// renames it over the store. So processes that write at once lose nothing,
-/// and a crash leaves the old store or the new one. Reads take no lock: a
-/// rename is atomic.
+/// Each change (one call, or every call of a transact) takes an exclusive
+/// flock on "<file>.lock" beside the store, reads the store, writes the new
+/// store to a new temporary file, fsyncs it and renames it over the store.
+/// So processes that change it at once take turns and lose nothing, and a
+/// crash leaves the old store or the new one. Reads take no lock: a rename
+/// is atomic.
 ///
 /// A missing file is an empty store. A store that can't be read or parsed
 /// is never overwritten: calls answer invalidKeychain (not a store, or a
@@ -42,10 +45,14 @@ public:
   AccessControlResult createAccessControl(const std::string &protection,
                                           std::uint64_t flags) override;
   std::string describe() const override;
+  /// Reads the store once and writes it at most once, under one lock.
+  OSStatus
+  transact(const std::function<OSStatus(ItemStore &)> &change) override;
+  /// Reads the store once and answers every call from that reading.
+  void readSnapshot(const std::function<void(ItemStore &)> &read) override;
 
 private:
   OSStatus load(ItemTable &table) const;
-  template <typename Change> OSStatus change(Change &&apply);
 
   std::filesystem::path storePath;
 };

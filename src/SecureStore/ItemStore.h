@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -60,6 +61,24 @@ public:
 
   /// Where the items live, for people: "file store at /…/keychain".
   virtual std::string describe() const = 0;
+
+  /// Runs \p change as one change of the store and returns its status, or
+  /// the status of keeping the change when that fails. \p change makes its
+  /// calls on the store it is given, which answers like this one. Other
+  /// processes see all of the change or none of it: when \p change answers
+  /// a status other than 0 or throws (the exception goes on), or the change
+  /// can't be kept, the items are left as they were. Changes of other
+  /// processes through transact wait for this one to end.
+  ///
+  /// By default every write is journaled and, on failure, undone with the
+  /// store's own calls, and no lock is taken; stores override this with
+  /// what they can do better.
+  virtual OSStatus transact(const std::function<OSStatus(ItemStore &)> &change);
+
+  /// Runs \p read on the items as they stand at one instant: the store given
+  /// to \p read answers every copyMatching alike whatever other processes
+  /// change meanwhile. By default it reads this store directly.
+  virtual void readSnapshot(const std::function<void(ItemStore &)> &read);
 };
 
 /// The store every Keychain uses unless it is given its own: the Secret
@@ -70,11 +89,6 @@ public:
 /// of the same service out of the file store, so that one account is kept in
 /// one place; reads use the Secret Service alone.
 ItemStore &defaultItemStore();
-
-/// Puts \p store in the place of the automatic choice for the whole process
-/// (tests); nullptr restores the automatic choice. \p store must outlive
-/// its use.
-void setDefaultItemStore(ItemStore *store);
 
 /// The file store's place: $XDG_DATA_HOME/kestrune-cli/keychain when
 /// XDG_DATA_HOME is an absolute path, else

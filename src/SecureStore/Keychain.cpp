@@ -350,6 +350,22 @@ void Keychain::removeAll() const {
     throw securityError(status);
 }
 
+void Keychain::transaction(
+    const std::function<void(const Keychain &)> &change) const {
+  OSStatus status = getItemStore().transact([&](ItemStore &store) {
+    change(withItemStore(store));
+    return 0;
+  });
+  if (status != 0)
+    throw securityError(status);
+}
+
+void Keychain::snapshot(
+    const std::function<void(const Keychain &)> &read) const {
+  getItemStore().readSnapshot(
+      [&](ItemStore &store) { read(withItemStore(store)); });
+}
+
 bool Keychain::contains(const std::string &key,
                         bool withoutAuthenticationUI) const {
   Dictionary query = makeQuery(options, true);

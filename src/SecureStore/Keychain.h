@@ -6,6 +6,7 @@
 #include "SecureStore/KeychainTypes.h"
 #include "SecureStore/Status.h"
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -148,6 +149,17 @@ public:
               bool ignoringAttributeSynchronizable = true) const;
   /// Removes every item of this keychain.
   void removeAll() const;
+  /// Runs \p change with a copy of this keychain whose operations make one
+  /// change of the store: other processes see all of its writes or none,
+  /// and their changes wait until it is over. When \p change throws, none
+  /// of its writes stay and the exception goes on; when the change can't be
+  /// kept, it throws the store's Status (after its "OSStatus error:[…] …"
+  /// line) and none of its writes stay either.
+  void transaction(const std::function<void(const Keychain &)> &change) const;
+  /// Runs \p read with a copy of this keychain that reads the items as
+  /// they stood at one instant, whatever other processes change meanwhile.
+  void snapshot(const std::function<void(const Keychain &)> &read) const;
+
   /// Whether an item is stored under \p key.
   [[nodiscard]] bool contains(const std::string &key,
                               bool withoutAuthenticationUI = false) const;

@@ -4,6 +4,7 @@
 #include "SecureStore/ItemTable.h"
 #include "SecureStore/SecConstants.h"
 #include "SecureStore/SecretServiceClient.h"
+#include "SecureStore/StoreLock.h"
 
 #include "Platform/Module.h"
 
@@ -147,8 +148,7 @@ public:
 
   /// Every item whose attributes include all of \p attributes, secrets
   /// included; locked when one of them is locked.
-  Outcome search(const Attributes &attributes,
-                 std::vector<RemoteItem> &items) {
+  Outcome search(const Attributes &attributes, std::vector<RemoteItem> &items) {
     std::vector<KestruneSecretText> texts = viewOf(attributes);
     return outcomeOf(calls.search(
         client, texts.data(), texts.size(), &items,
@@ -260,7 +260,39 @@ public:
     return "Secret Service (default collection)";
   }
 
+  // The service has no transactions: changes of the processes of one user
+  // take turns under a lock of ours, and a change that fails halfway is
+  // taken back item by item.
+  OSStatus
+  transact(const std::function<OSStatus(ItemStore &)> &change) override {
+    StoreLock lock;
+    if (OSStatus status =
+            lock.acquire(changeLockPath(), StoreLock::Mode::exclusive))
+      return status;
+    return ItemStore::transact(change);
+  }
+
+  // A reading waits for a change under way, so it never sees half of one.
+  // Where there is no lock to share, nobody has changed anything through it.
+  void readSnapshot(const std::function<void(ItemStore &)> &read) override {
+    StoreLock lock;
+    (void)lock.acquire(changeLockPath(), StoreLock::Mode::shared);
+    read(*this);
+  }
+
 private:
+  // In the user's runtime folder when there is one, else beside the file
+  // store.
+  static fs::path changeLockPath() {
+    if (const char *runtime = std::getenv("XDG_RUNTIME_DIR");
+        runtime && *runtime && fs::path(runtime).is_absolute()) {
+      std::error_code ignored;
+      if (fs::is_directory(runtime, ignored))
+        return fs::path(runtime) / "kestrune-cli.lock";
+    }
+    return defaultFileStorePath().parent_path() / "secret-service.lock";
+  }
+
   struct Loaded {
     ItemTable table;
     std::string collection;

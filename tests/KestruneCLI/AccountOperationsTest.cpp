@@ -73,6 +73,7 @@ struct Case {
   std::string printed; // with the spinner made readable
   int exitCode;        // 0: the exit wasn't asked for
   Items storedAfter;
+  Items storedDuringLookup = {}; // by another run, while the console answers
 };
 
 TEST(AccountOperationsTest, StoreFaultsSilentLookupsAndReturningExits) {
@@ -91,22 +92,21 @@ TEST(AccountOperationsTest, StoreFaultsSilentLookupsAndReturningExits) {
        with(account, {{"username", "someone"}}), nextReadFails, 570, signIn,
        "<hide>" + ioFailure + "<clear><show><cr><show>" + signedIn + saved, 0,
        account},
-      {"a failed save is told, keeps the items before it, and exits 0", nothing,
-       failing(Operation::addItem, "hostname"), 570, signIn,
+      {"a failed save is told, leaves the store as it was, and exits 0",
+       nothing, failing(Operation::addItem, "hostname"), 570, signIn,
        "<hide><clear><show><cr><show>" + signedIn + ioFailure +
            "❗️Error: Unable to save user info in macOS Keychain: I/O error "
            "(bummers)\n\n",
-       0,
-       with(account, {{"hostname", ""}, {"groupId", ""}, {"groupIdNum", ""}})},
+       0, nothing},
       {"signed out already, the exit returns: the removals still run",
        with(account, {{"username", ""}}), noFault, std::nullopt, signOut,
        "\n❗️Error: You have signed out already.\n" + signedOut, 17,
        nothing},
-      {"a removal that fails ends the sign-out and leaves the later items",
+      {"a removal that fails ends the sign-out and puts back what went",
        account, failing(Operation::deleteItems, "hostname"), std::nullopt,
        signOut,
        ioFailure + "\n❗️Error: Unable to signout - I/O error (bummers)\n",
-       21, with(account, {{"username", ""}, {"password", ""}, {"apiKey", ""}})},
+       21, account},
       {"a read that fails while listing reads as a missing item", account,
        failing(Operation::copyMatching, "groupId"), std::nullopt, list,
        ioFailure + "\n❗️Error: Group ID not found in the keychain. Please "
@@ -116,9 +116,19 @@ TEST(AccountOperationsTest, StoreFaultsSilentLookupsAndReturningExits) {
        noFault, std::nullopt, editGroup,
        "\n❗️ERROR: Unknown error while editing the group id\n", 19,
        account},
-      {"a group change whose number can't be written keeps the old one",
+      {"a group change whose number can't be written keeps the old pair",
        account, failing(Operation::updateItems, "groupIdNum"), 571, editGroup,
-       ioFailure, 0, with(account, {{"groupId", "OTHER"}})},
+       ioFailure + "\n❗️ERROR: Unknown error while editing the group id\n",
+       19, account},
+      {"a group change into an account replaced meanwhile changes nothing",
+       account,
+       noFault,
+       571,
+       editGroup,
+       "\n❗️ERROR: Unknown error while editing the group id\n",
+       19,
+       with(account, {{"username", "bob"}}),
+       {{"username", "bob"}}},
   };
   for (const Case &c : cases) {
     SCOPED_TRACE(c.name);
@@ -131,6 +141,10 @@ TEST(AccountOperationsTest, StoreFaultsSilentLookupsAndReturningExits) {
       c.fault(store);
     testsupport::ScriptedConsole console;
     console.groupIdNum = c.lookup;
+    console.duringLookup = [&] {
+      for (const auto &[key, value] : c.storedDuringLookup)
+        keychain.set(value, key);
+    };
     testsupport::RecordingExit exit;
     ConfigController controller(console, keychain, exit);
 

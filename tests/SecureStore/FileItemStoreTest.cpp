@@ -48,15 +48,21 @@ const std::string everyOperation =
 TEST(FileItemStoreTest,
      KeepsFileAndFolderPrivateWhateverTheUmaskAndTheModesBefore) {
   // The modes of the folder, the store and its lock file before the write;
-  // 0: the store does not exist yet.
+  // 0: the store does not exist yet. A folder or store that others may
+  // write is refused and left as it is.
   struct Case {
     mode_t umask, folder, file;
+    bool refused;
   };
-  const Case cases[] = {
-      {0000, 0, 0},       {0022, 0, 0},       {0077, 0, 0},
-      {0277, 0, 0},       {0777, 0, 0},       {0022, 0777, 0666},
-      {0000, 0755, 0644}, {0777, 0750, 0640}, {0077, 0705, 0604},
-      {0002, 0770, 0660}, {0022, 0711, 0600}, {0000, 0701, 0606}};
+  const Case cases[] = {{0000, 0, 0, false},       {0022, 0, 0, false},
+                        {0077, 0, 0, false},       {0277, 0, 0, false},
+                        {0777, 0, 0, false},       {0022, 0777, 0600, true},
+                        {0022, 0700, 0666, true},  {0002, 0770, 0600, true},
+                        {0022, 0700, 0620, true},  {0000, 0701, 0606, true},
+                        {0000, 0755, 0644, false}, {0777, 0750, 0640, false},
+                        {0077, 0705, 0604, false}, {0022, 0711, 0600, false}};
+  const std::string io = "OSStatus error:[-36] I/O error (bummers)\n=> "
+                         "throws io\n";
   for (const Case &c : cases) {
     SCOPED_TRACE(testing::Message()
                  << std::oct << c.umask << " " << c.folder << " " << c.file);
@@ -73,10 +79,13 @@ TEST(FileItemStoreTest,
     mode_t previous = ::umask(c.umask);
     std::string outcome = scriptOutput(keychain, "set password new");
     ::umask(previous);
+    std::ostringstream refused;
+    refused << io << io << "40" << std::oct << c.folder << " 100" << c.file
+            << " 100" << c.file;
     EXPECT_EQ(outcome + scriptOutput(keychain, "get password") +
                   modeOf(store.parent_path()) + " " + modeOf(store) + " " +
                   modeOf(lock),
-              "=> ok\n=> new\n40700 100600 100600");
+              c.refused ? refused.str() : "=> ok\n=> new\n40700 100600 100600");
   }
 }
 
@@ -118,6 +127,20 @@ TEST(FileItemStoreTest, AStoreThatCantBeReadOrWrittenIsReportedAndKept) {
        "wrongSecVersion"},
       {"<folder>", nullptr, invalid, "invalidKeychain"},
       {"<alice>", [](const fs::path &store) { ::chmod(store.c_str(), 0); },
+       "OSStatus error:[-36] I/O error (bummers)\n", "io"},
+      // Readable, but another user's: a store planted by someone else.
+      {"<alice>",
+       [](const fs::path &store) {
+         ::lchown(store.c_str(), ::geteuid() == 0 ? 0 : 65534, -1);
+         ::chmod(store.c_str(), 0644);
+       },
+       "OSStatus error:[-36] I/O error (bummers)\n", "io"},
+      {"<alice>",
+       [](const fs::path &store) {
+         ::lchown(store.parent_path().c_str(), ::geteuid() == 0 ? 0 : 65534,
+                  -1);
+         ::chmod(store.parent_path().c_str(), 0755);
+       },
        "OSStatus error:[-36] I/O error (bummers)\n", "io"},
       {"<alice>",
        [](const fs::path &store) {

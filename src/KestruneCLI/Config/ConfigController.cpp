@@ -84,13 +84,17 @@ void ConfigController::saveToKeychain() {
   // absent one is stored as empty text, which reads back as absent.
   std::string groupIdNum =
       model.groupIdNum ? std::to_string(*model.groupIdNum) : std::string();
+  // The six items are one account: stored together or not at all, so no
+  // other run ever reads half of this one beside half of another.
   try {
-    keychain.set(model.username, "username", true);
-    keychain.set(model.password, "password", true);
-    keychain.set(model.apiKey, "apiKey", true);
-    keychain.set(model.hostname, "hostname", true);
-    keychain.set(model.groupId, "groupId", true);
-    keychain.set(groupIdNum, "groupIdNum", true);
+    keychain.transaction([&](const securestore::Keychain &account) {
+      account.set(model.username, "username", true);
+      account.set(model.password, "password", true);
+      account.set(model.apiKey, "apiKey", true);
+      account.set(model.hostname, "hostname", true);
+      account.set(model.groupId, "groupId", true);
+      account.set(groupIdNum, "groupIdNum", true);
+    });
   } catch (const securestore::Error &error) {
     platform::printLine(std::string(saveFailedMessage) +
                         error.localizedDescription() + "\n");
@@ -100,20 +104,24 @@ void ConfigController::saveToKeychain() {
 }
 
 ConfigModel ConfigController::getCreds() const {
-  auto read = [&](const char *key, CliError missing) {
-    std::optional<std::string> value = keychain[key];
-    if (!value)
-      throw missing;
-    return *value;
-  };
   ConfigModel model;
-  model.username = read("username", CliError::noUsernameInKeychain());
-  model.groupId = read("groupId", CliError::noGroupIdInKeychain());
-  std::string groupIdNum =
-      read("groupIdNum", CliError::noGroupIdNumInKeyChain());
-  model.hostname = read("hostname", CliError::noHostnameInKeychain());
-  model.apiKey = read("apiKey", CliError::noApiKeyInKeychain());
-  model.password = read("password", CliError::noPasswordInKeychain());
+  std::string groupIdNum;
+  // All six items come from one state of the store: a change that another
+  // run makes meanwhile is seen whole or not at all.
+  keychain.snapshot([&](const securestore::Keychain &account) {
+    auto read = [&](const char *key, CliError missing) {
+      std::optional<std::string> value = account[key];
+      if (!value)
+        throw missing;
+      return *value;
+    };
+    model.username = read("username", CliError::noUsernameInKeychain());
+    model.groupId = read("groupId", CliError::noGroupIdInKeychain());
+    groupIdNum = read("groupIdNum", CliError::noGroupIdNumInKeyChain());
+    model.hostname = read("hostname", CliError::noHostnameInKeychain());
+    model.apiKey = read("apiKey", CliError::noApiKeyInKeychain());
+    model.password = read("password", CliError::noPasswordInKeychain());
+  });
   model.groupIdNum = parseGroupIdNum(groupIdNum);
   return model;
 }
@@ -185,14 +193,17 @@ void ConfigController::signOut() {
     reportError(CliError::alreadySignedOut(), darwinWrapper);
   }
 
-  for (const char *key : accountKeys) {
-    try {
-      keychain.remove(key, true);
-    } catch (const securestore::Error &error) {
-      reportError(CliError::unableToSignOut(error.localizedDescription()),
-                  darwinWrapper);
-      return;
-    }
+  // The six items go together: a removal that fails puts back the ones
+  // removed before it.
+  try {
+    keychain.transaction([](const securestore::Keychain &account) {
+      for (const char *key : accountKeys)
+        account.remove(key, true);
+    });
+  } catch (const securestore::Error &error) {
+    reportError(CliError::unableToSignOut(error.localizedDescription()),
+                darwinWrapper);
+    return;
   }
   configModel.reset();
   platform::printLine(signedOutMessage);
@@ -222,19 +233,21 @@ bool ConfigController::listInfo() {
   return true;
 }
 
-void ConfigController::editGroupId(const std::string &newVal) {
+std::optional<ConfigModel>
+ConfigController::editGroupId(const std::string &newVal) {
   ConfigModel stored;
   try {
     stored = getCreds();
   } catch (const CliError &error) {
     reportError(error, darwinWrapper);
-    return;
+    return std::nullopt;
   } catch (const std::exception &) {
     platform::printLine(readCredsFailedMessage);
     darwinWrapper.exitCode(CliError::unknownError().code());
-    return;
+    return std::nullopt;
   }
 
+  std::optional<std::int64_t> number;
   urlsessionManager.fetchGroupIdNum(
       stored, makeGroupApiStr(stored.hostname), newVal,
       UrlSessionUtil::shared(),
@@ -244,15 +257,42 @@ void ConfigController::editGroupId(const std::string &newVal) {
                       darwinWrapper);
           return;
         }
-        if (configModel) {
-          configModel->groupId = newVal;
-          configModel->groupIdNum = value;
-        }
-        // The subscript swallows a failed write: the group change is best
-        // effort, and the next group lookup tells whether it held.
-        keychain["groupId"] = newVal;
-        keychain["groupIdNum"] = std::to_string(*value);
+        number = value;
       });
+  if (!number)
+    return std::nullopt;
+
+  // The name and the number are stored together, and only into the account
+  // whose credentials proved them: if another run has signed in as someone
+  // else meanwhile, the change is not this account's to make. A change that
+  // can't be stored ends the run, since the upload would otherwise go into
+  // a group the user did not ask for.
+  struct AccountChanged {};
+  try {
+    keychain.transaction([&](const securestore::Keychain &account) {
+      for (auto [key, value] : {std::pair{"username", &stored.username},
+                                {"password", &stored.password},
+                                {"apiKey", &stored.apiKey},
+                                {"hostname", &stored.hostname}})
+        if (account.get(key, true) != *value)
+          throw AccountChanged();
+      account.set(newVal, "groupId", true);
+      account.set(std::to_string(*number), "groupIdNum", true);
+    });
+  } catch (const securestore::Error &) {
+    reportError(CliError::unknownEditGidAPIError(), darwinWrapper);
+    return std::nullopt;
+  } catch (const AccountChanged &) {
+    reportError(CliError::unknownEditGidAPIError(), darwinWrapper);
+    return std::nullopt;
+  }
+  if (configModel) {
+    configModel->groupId = newVal;
+    configModel->groupIdNum = number;
+  }
+  stored.groupId = newVal;
+  stored.groupIdNum = number;
+  return stored;
 }
 
 } // namespace kestrune

@@ -28,11 +28,12 @@ public:
                    securestore::Keychain keychain,
                    const DarwinProtocol &darwinWrapper);
 
-  /// Reads the stored account in the order username, groupId, groupIdNum,
-  /// hostname, apiKey, password. Throws the CliError of the first item that
-  /// is missing (noUsernameInKeychain … noPasswordInKeychain); a keychain
-  /// that fails reads as a missing item. A groupIdNum that is not a decimal
-  /// signed 64-bit integer gives a record without the number.
+  /// Reads the stored account, as it stands at one instant, in the order
+  /// username, groupId, groupIdNum, hostname, apiKey, password. Throws the
+  /// CliError of the first item that is missing (noUsernameInKeychain …
+  /// noPasswordInKeychain); a keychain that fails reads as a missing item. A
+  /// groupIdNum that is not a decimal signed 64-bit integer gives a record
+  /// without the number.
   ConfigModel getCreds() const;
 
   /// Signs in with \p config (whose groupIdNum is absent): under a spinner
@@ -52,10 +53,10 @@ public:
   /// Removes the six items ("username", "password", "apiKey", "hostname",
   /// "groupId", "groupIdNum"), forgets the record and prints the sign-out
   /// text. Nobody signed in: the items are removed quietly all the same
-  /// (from any other store that holds a copy) and alreadySignedOut (17). A
-  /// removal that fails:
-  /// unableToSignOut with the store's description (21), and the later items
-  /// stay. Nothing goes to the console.
+  /// (from any other store that holds a copy) and alreadySignedOut (17). The
+  /// six go in one change of the store; a removal that fails:
+  /// unableToSignOut with the store's description (21), and every item
+  /// stays. Nothing goes to the console.
   ///
   /// When darwinWrapper's exitCode returns: after alreadySignedOut the
   /// removals run all the same; after a failed removal it returns.
@@ -69,26 +70,27 @@ public:
 
   /// Looks \p newVal up on the console with the stored credentials and, when
   /// the console gives its number, stores \p newVal as "groupId" and the
-  /// number as "groupIdNum" (failed writes go unreported), updating the
-  /// record in memory when there is one. No spinner, nothing printed on
-  /// success. Failures print and end the process: a missing item with the
-  /// error of getCreds, a failed lookup with its error, a lookup that gives
-  /// nothing with unknownEditGidAPIError (19); the stored group stays.
-  void editGroupId(const std::string &newVal);
+  /// number as "groupIdNum" in one change of the store, updating the record
+  /// in memory when there is one, and returns the account as it now stands.
+  /// No spinner, nothing printed on success. Failures print, end the
+  /// process and give std::nullopt: a missing item with the error of
+  /// getCreds, a failed lookup with its error, a lookup that gives nothing
+  /// with unknownEditGidAPIError (19); the stored group stays. So does a
+  /// pair that can't be stored (the store's line, then 19), or an account
+  /// that another run replaced since it was read (19).
+  std::optional<ConfigModel> editGroupId(const std::string &newVal);
 
 private:
   /// Writes configModel as six items (username, password, apiKey, hostname,
-  /// groupId, groupIdNum) and prints the outcome; does nothing without a
-  /// record. The first failing write ends the sequence; the items already
-  /// written stay, and the process goes on.
+  /// groupId, groupIdNum) in one change of the store and prints the
+  /// outcome; does nothing without a record. A write that fails leaves the
+  /// store as it was before, and the process goes on.
   void saveToKeychain();
 
   std::optional<ConfigModel> configModel;
   securestore::Keychain keychain;
   const URLSessionManagerProtocol &urlsessionManager;
   const DarwinProtocol &darwinWrapper;
-
-  friend class ConfigControllerTestAccess;
 };
 
 } // namespace kestrune

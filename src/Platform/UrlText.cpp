@@ -53,6 +53,30 @@ std::string percentEncodeQueryAllowed(std::string_view text) {
   return encoded;
 }
 
+std::string percentEncodeQueryValue(std::string_view text) {
+  std::string encoded;
+  encoded.reserve(text.size());
+  for (char c : text) {
+    switch (c) {
+    case '&':
+      encoded += "%26";
+      break;
+    case '=':
+      encoded += "%3D";
+      break;
+    case '#':
+      encoded += "%23";
+      break;
+    case '+':
+      encoded += "%2B";
+      break;
+    default:
+      encoded.push_back(c);
+    }
+  }
+  return encoded;
+}
+
 std::optional<std::string> removingPercentEncoding(std::string_view text) {
   std::string decoded;
   decoded.reserve(text.size());

@@ -12,6 +12,11 @@ namespace platform {
 /// Other characters become the escapes of their UTF-8 bytes (upper-case hex).
 std::string percentEncodeQueryAllowed(std::string_view text);
 
+/// Percent-encodes the four characters that would end a query value or give
+/// it another meaning: "&" (%26), "=" (%3D), "#" (%23) and "+" (%2B).
+/// Everything else stays as it is, "%" escapes already in \p text included.
+std::string percentEncodeQueryValue(std::string_view text);
+
 /// Decodes every %XX escape of \p text. Absent when an escape is incomplete or
 /// not hexadecimal, or when the decoded bytes are not valid UTF-8.
 std::optional<std::string> removingPercentEncoding(std::string_view text);

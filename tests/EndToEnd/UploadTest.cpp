@@ -25,11 +25,11 @@ const std::string metadataBytes = "<?xml version=\"1.0\"?>\n<plist><dict>"
                                   "</dict></plist>\n";
 const std::string iconBytes = binaryBytes(3000, 11);
 
-// The files are "Big App&Co.pkg", "meta data.plist" and "icon.png" in
+// The files are "Big App&Co.pkg", "meta data+=#.plist" and "icon.png" in
 // {dir}; the user types a blank escaped for a shell, %41 for a letter and
 // %20 for a blank.
 const Args typed = {"upload", "-i", "{dir}/Big\\ %41pp&Co.pkg", "-m",
-                    "{dir}/meta%20data.plist"};
+                    "{dir}/meta%20data+=#.plist"};
 const Args icon = {"-l", "{dir}/icon.png"};
 
 Args with(Args first, const Args &more) {
@@ -48,8 +48,11 @@ std::string app(std::int64_t group) {
   return "POST /api/mam/groups/" + std::to_string(group) + "/macos/apps";
 }
 
-const std::string I = blob("Big%20App&Co.pkg", 570, "Application"),
-                  M = blob("meta%20data.plist", 570, "General"),
+// The names as they go out: each one query value.
+const std::string installerName = "Big%20App%26Co.pkg",
+                  metadataName = "meta%20data%2B%3D%23.plist";
+const std::string I = blob(installerName, 570, "Application"),
+                  M = blob(metadataName, 570, "General"),
                   C = blob("icon.png", 570, "General"), A = app(570);
 
 constexpr std::int64_t top = INT64_MAX;
@@ -62,10 +65,11 @@ struct UploadScene : e2e::Scene {
                        std::int64_t firstApp = 4711)
       : e2e::Scene({.firstBlobId = firstBlob, .firstApplicationId = firstApp}) {
     testsupport::writeFile(dir() / "Big App&Co.pkg", installerBytes);
-    testsupport::writeFile(dir() / "meta data.plist", metadataBytes);
+    testsupport::writeFile(dir() / "meta data+=#.plist", metadataBytes);
     testsupport::writeFile(dir() / "icon.png", iconBytes);
     store(account());
     con().mapGroup("Top", top);
+    con().mapGroup("Q&u=e+r#y&", 572);
   }
 };
 
@@ -92,8 +96,17 @@ const SuccessCase successCases[] = {
     // The group changes first, and for good.
     {with(typed, {"-g", "Org2"}), 5, 6,
      {"GET /api/system/groups/search?groupID=Org2",
-      blob("Big%20App&Co.pkg", 571, "Application"),
-      blob("meta%20data.plist", 571, "General"), app(571)}, "571", R"({
+      blob(installerName, 571, "Application"),
+      blob(metadataName, 571, "General"), app(571)}, "571", R"({
+  "pkgInfoBlobId": 6,
+  "isManagedInstall": true,
+  "applicationBlobId": 5
+})"},
+    // The group ID is one query value too; an escape typed in it stays.
+    {with(typed, {"-g", "Q&u=e+r#y%26"}), 5, 6,
+     {"GET /api/system/groups/search?groupID=Q%26u%3De%2Br%23y%26",
+      blob(installerName, 572, "Application"),
+      blob(metadataName, 572, "General"), app(572)}, "572", R"({
   "pkgInfoBlobId": 6,
   "isManagedInstall": true,
   "applicationBlobId": 5
@@ -101,8 +114,8 @@ const SuccessCase successCases[] = {
     // The largest numbers a console can send go through unchanged.
     {with(typed, {"-l", "{dir}/icon.png", "-g", "Top"}), top - 2, top,
      {"GET /api/system/groups/search?groupID=Top",
-      blob("Big%20App&Co.pkg", top, "Application"),
-      blob("meta%20data.plist", top, "General"),
+      blob(installerName, top, "Application"),
+      blob(metadataName, top, "General"),
       blob("icon.png", top, "General"), app(top)}, T, R"({
   "pkgInfoBlobId": 9223372036854775806,
   "isManagedInstall": true,
@@ -153,6 +166,13 @@ TEST(UploadTest, PublishesTheFilesAsTheyAreAndTheApplicationThatTiesThem) {
                     {"qm-tenant-code", "tenant-key"}}));
     }
     EXPECT_EQ(scene.stored()["groupIdNum"], c.number);
+    // The console keeps each blob under its file's own name.
+    const std::string files[] = {"Big App&Co.pkg", "meta data+=#.plist",
+                                 "icon.png"};
+    std::vector<mockconsole::StoredBlob> stored = scene.con().getBlobs();
+    ASSERT_GE(stored.size(), 2u);
+    for (std::size_t i = 0; i < stored.size(); ++i)
+      EXPECT_EQ(stored[i].filename, files[i]);
   }
 }
 
@@ -210,7 +230,9 @@ const RefusalCase refusalCases[] = {
     // An icon path found bad only after two uploads: no application.
     {{}, with(typed, {"-l", "{dir}/50%.png"}), two + error("Unable to get the valid icon path."), 43, {I, M}},
     // A file that isn't there goes out as an empty body.
-    {{}, {"upload", "-i", "{dir}/none.pkg", "-m", "{dir}/meta data.plist"}, "\n\n" + error("The uploaded file is empty."), 33, {blob("none.pkg", 570, "Application")}},
+    {{}, {"upload", "-i", "{dir}/none.pkg", "-m", "{dir}/meta data+=#.plist"}, "\n\n" + error("The uploaded file is empty."), 33, {blob("none.pkg", 570, "Application")}},
+    // A group ID that no URL can hold is shown as typed; nothing is sent.
+    {{}, with(typed, {"-g", "G #x"}), error("Unable to form a valid URL with the string {base}/api/system/groups/search?groupID=G #x"), 11},
 };
 // clang-format on
 

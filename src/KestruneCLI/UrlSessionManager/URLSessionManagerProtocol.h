@@ -27,7 +27,8 @@ class URLSessionManagerProtocol {
 public:
   virtual ~URLSessionManagerProtocol();
 
-  /// Looks up the number of \p groupId: GET {groupApiStr}{groupId}.
+  /// Looks up the number of \p groupId: GET {groupApiStr}{groupId}, the
+  /// group ID sent as one query value.
   virtual void fetchGroupIdNum(const ConfigModel &config,
                                const std::string &groupApiStr,
                                const std::string &groupId,

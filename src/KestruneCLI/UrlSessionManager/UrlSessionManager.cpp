@@ -110,9 +110,13 @@ void UrlSessionManager::fetchGroupIdNum(
     completion(std::nullopt, CliError::unableToFormFetchGroupIDURLSession());
     return;
   }
-  std::string urlText = groupApiStr + groupId;
+  // Only what would end the group ID's query value is escaped: one that a
+  // URL can't hold is still refused, and shown as the user typed it.
+  std::string urlText =
+      groupApiStr + platform::percentEncodeQueryValue(groupId);
   if (!platform::UrlReference::parse(urlText)) {
-    completion(std::nullopt, CliError::unableToFormAValidFetchGidURL(urlText));
+    completion(std::nullopt,
+               CliError::unableToFormAValidFetchGidURL(groupApiStr + groupId));
     return;
   }
   sendAndWait(
@@ -145,11 +149,19 @@ void UrlSessionManager::doUploadBlob(
   spinner.emplace(spinner::Pattern::line(), std::string(traits.spinnerText));
   spinner->start();
 
-  std::string urlText =
-      config.hostname + "/api/mam/blobs/uploadblob?filename=" + binaryName +
+  std::string start = config.hostname + "/api/mam/blobs/uploadblob?filename=";
+  std::string rest =
       "&organizationgroupid=" + std::to_string(*config.groupIdNum) +
       "&moduleType=" + std::string(traits.moduleType);
-  std::string encoded = platform::percentEncodeQueryAllowed(urlText);
+  std::string urlText = start + binaryName + rest;
+  // The name is one query value: after the escaping of the whole text its
+  // "&", "=" and "+" are escaped too, so that none of them starts another
+  // parameter or turns into a blank. In this order, the "%" of an escape is
+  // never escaped again.
+  std::string encoded = platform::percentEncodeQueryAllowed(start) +
+                        platform::percentEncodeQueryValue(
+                            platform::percentEncodeQueryAllowed(binaryName)) +
+                        platform::percentEncodeQueryAllowed(rest);
   if (!platform::UrlReference::parse(encoded)) {
     // The spinner keeps turning: the caller reports the error and ends.
     completion(std::nullopt,

@@ -16,8 +16,9 @@ namespace kestrune {
 /// operation returns.
 class UrlSessionManager final : public URLSessionManagerProtocol {
 public:
-  /// GET {groupApiStr}{groupId}, nothing escaped; the completion gets the
-  /// first group's Id or the error.
+  /// GET {groupApiStr}{groupId}, where only the group ID's "&", "=", "#"
+  /// and "+" are escaped, so that it stays one query value; the completion
+  /// gets the first group's Id or the error.
   void fetchGroupIdNum(const ConfigModel &config,
                        const std::string &groupApiStr,
                        const std::string &groupId,

@@ -102,6 +102,32 @@ void restoreEcho() {
   echoState.echoIsOff = 0;
 }
 
+// Waits, the way job control makes a process wait for a terminal whose
+// foreground it is not in, until this process may change the settings of
+// \p fd. tcdrain is checked like tcsetattr (from a background group it stops
+// the process by SIGTTOU) but changes nothing. It comes before any signal is
+// blocked or handled here, so a process stopped in it has left the terminal
+// as it was, and a terminating signal ends it by its default action as soon
+// as it goes on (SIGCONT). False when the terminal cannot be reached: an
+// orphaned background group, a hung-up line, or no terminal at all.
+bool waitUntilSettingsMayChange(int fd) {
+  while (::tcdrain(fd) != 0)
+    if (errno != EINTR)
+      return false;
+  return true;
+}
+
+// The mask of every handler here: with SIGTTOU blocked, changing the
+// terminal's settings never stops the process, even from a background group
+// (where the kernel then lets the change through), so a handler always
+// gives the echo back.
+sigset_t handlerMask() {
+  sigset_t mask;
+  sigemptyset(&mask);
+  sigaddset(&mask, SIGTTOU);
+  return mask;
+}
+
 void setDefaultAction(int signalNumber) {
   struct sigaction action {};
   action.sa_handler = SIG_DFL;
@@ -137,7 +163,7 @@ void installStopHandler() {
   struct sigaction action {};
   action.sa_handler = onStopSignal;
   action.sa_flags = SA_RESTART;
-  sigemptyset(&action.sa_mask);
+  action.sa_mask = handlerMask();
   ::sigaction(SIGTSTP, &action, nullptr);
 }
 
@@ -145,9 +171,9 @@ extern "C" void onContinue(int) {
   int savedErrno = errno;
   if (echoState.ownsStopSignal)
     installStopHandler();
-  // Continued in the background, touching the terminal would stop us again;
-  // the read does that anyway (SIGTTIN), and the continue that brings us to
-  // the foreground lands here once more.
+  // Continued in the background, the settings are not ours to change; the
+  // read stops us (SIGTTIN), and the continue that brings us to the
+  // foreground lands here once more.
   if (echoState.stoppedWhileOff && ::tcgetpgrp(echoState.fd) == ::getpgrp()) {
     echoState.stoppedWhileOff = 0;
     turnEchoOff();
@@ -158,8 +184,7 @@ extern "C" void onContinue(int) {
 }
 
 sigset_t handledSignals() {
-  sigset_t set;
-  sigemptyset(&set);
+  sigset_t set = handlerMask();
   for (int signalNumber : terminatingSignals)
     sigaddset(&set, signalNumber);
   sigaddset(&set, SIGTSTP);
@@ -167,9 +192,10 @@ sigset_t handledSignals() {
   return set;
 }
 
-// Blocks the handled signals in the calling thread for the lifetime of the
-// object, so that no handler runs here while settings and handlers change
-// together.
+// Blocks the handled signals (and SIGTTOU, see handlerMask) in the calling
+// thread for the lifetime of the object, so that no handler runs here while
+// settings and handlers change together, and no change of the settings
+// stops the process while they are blocked.
 class SignalsBlocked {
 public:
   SignalsBlocked() {
@@ -202,7 +228,7 @@ void installIfDefault(int signalNumber, void (*handler)(int),
   struct sigaction action {};
   action.sa_handler = handler;
   action.sa_flags = SA_RESTART;
-  sigemptyset(&action.sa_mask);
+  action.sa_mask = handlerMask();
   previous.replaced = ::sigaction(signalNumber, &action, nullptr) == 0;
 }
 
@@ -247,7 +273,7 @@ public:
   EchoOff(int fd, int promptFd, std::string_view prompt) {
     assert(echoState.fd < 0 && "one prompt at a time");
     termios current{};
-    if (::tcgetattr(fd, &current) != 0)
+    if (!waitUntilSettingsMayChange(fd) || ::tcgetattr(fd, &current) != 0)
       return;
     SignalsBlocked blocked;
     echoState.fd = fd;

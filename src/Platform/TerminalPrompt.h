@@ -39,6 +39,15 @@ namespace platform {
 ///   foreground, echo is turned off again, the prompt is shown again and the
 ///   read goes on. Signals that the process ignores or handles itself are left
 ///   alone.
+/// - In a background process group of its terminal, the prompt first waits,
+///   stopped by SIGTTOU as job control stops any process that would change a
+///   terminal it does not own, with the settings untouched and no handler in
+///   place: brought to the foreground, it goes on; sent SIGINT, SIGTERM or
+///   SIGHUP, it ends by that signal as soon as it is continued (timeout and
+///   a shell's kill send SIGCONT along). When the terminal cannot be reached
+///   at all (an orphaned group, a hung-up line), its settings are left alone.
+///   Changing the settings never stops the process (SIGTTOU is blocked
+///   meanwhile), so echo comes back wherever the terminal can be reached.
 /// - When echo was turned off, one line break is written to the terminal after
 ///   the answer, since the typed one was not shown.
 ///

@@ -3,6 +3,8 @@
 
 #include <csignal>
 
+#include <unistd.h>
+
 // `kestrunecli config --signin` with only the hostname and the group ID: it
 // asks for the username, the password and the API key. On a terminal, the
 // test types as the user: the username shows as typed, the secrets never
@@ -17,9 +19,11 @@ const std::string user = "Enter the username: ", pass = "Enter the password: ",
                   key = "Enter the apiKey: ";
 const std::string signedIn = "You have signed in successfully.";
 
-// Pairs of what the user awaits (echo is off once a secret's prompt shows)
-// and then does: type, or "^Z" (stop, with echo on meanwhile, and `fg`), or
-// "^SIG" and the number of a signal to send.
+// Pairs of what the user awaits (echo is off once a secret's prompt shows;
+// "^T": the job is stopped) and then does: type, or "^Z" (stop, with echo on
+// meanwhile, and `fg`), or "^SIG" and the number of a signal to send, which
+// SIGCONT follows, as timeout(1) and a shell's kill send it: a stopped
+// process takes no other signal before it goes on.
 using Steps = std::vector<std::string>;
 
 std::string emptyMessage(const std::string &name) {
@@ -33,6 +37,9 @@ struct Dialog {
   ProcessEnd end;
   // The end of what the terminal shows, with "\r\n" as "\n".
   std::string shownLast;
+  // Run as `printf 'alice\n' | timeout 5 kestrunecli ...` runs from a script
+  // on a terminal: the username from a pipe, the job in a background group.
+  bool inBackground = false;
 };
 
 // clang-format off
@@ -59,6 +66,11 @@ const Dialog dialogs[] = {
     // Ctrl-Z, then `fg`: the prompt shows again, with echo off again.
     {"{base}", {user, "alice\n", pass, "^Z", pass, "s3cret\n", key, "tenant-key\n"}, ProcessEnd::exitedWith(0),
      "keychain.\n\n"},
+    // In the background, the password prompt waits until it may change the
+    // terminal; a signal ends it there.
+    {"{base}", {"^T", "^SIG" + std::to_string(SIGTERM)}, ProcessEnd::killedBy(SIGTERM), user, true},
+    {"{base}", {"^T", "^SIG" + std::to_string(SIGINT)}, ProcessEnd::killedBy(SIGINT), user, true},
+    {"{base}", {"^T", "^SIG" + std::to_string(SIGHUP)}, ProcessEnd::killedBy(SIGHUP), user, true},
     // A hostname that is no URL is found only after the prompts.
     {"a b", {user, "alice\n", pass, "s3cret\n", key, "tenant-key\n"}, ProcessEnd::exitedWith(9),
      key + "\n❗️Error: Please check if the hostname is valid\n"},
@@ -69,16 +81,33 @@ TEST(PromptTest, HidesTheSecretsAndAlwaysGivesTheEchoBack) {
   for (const Dialog &dialog : dialogs) {
     SCOPED_TRACE(testing::PrintToString(dialog.steps));
     e2e::Scene scene;
-    PseudoTerminal terminal(scene.job(
-        {"config", "--signin", "--hostname", dialog.hostname, "-g", "Org1"}));
+    std::function<int()> job = scene.job(
+        {"config", "--signin", "--hostname", dialog.hostname, "-g", "Org1"});
+    if (dialog.inBackground)
+      job = [job] {
+        int fds[2];
+        if (::pipe(fds) != 0 || ::write(fds[1], "alice\n", 6) != 6)
+          return 127;
+        ::dup2(fds[0], STDIN_FILENO);
+        ::close(fds[0]);
+        ::close(fds[1]);
+        return job();
+      };
+    PseudoTerminal terminal(job, 80,
+                            dialog.inBackground
+                                ? PseudoTerminal::Group::background
+                                : PseudoTerminal::Group::foreground);
     for (std::size_t i = 0; i + 1 < dialog.steps.size(); i += 2) {
       const std::string &awaited = dialog.steps[i], &act = dialog.steps[i + 1];
-      ASSERT_TRUE(terminal.waitFor(awaited)) << terminal.getTranscript();
+      ASSERT_TRUE(awaited == "^T" ? terminal.waitUntilStopped()
+                                  : terminal.waitFor(awaited))
+          << terminal.getTranscript();
       if (awaited == pass || awaited == key) {
         EXPECT_FALSE(terminal.isEchoOn());
       }
       if (act.rfind("^SIG", 0) == 0) {
         terminal.sendSignal(std::stoi(act.substr(4)));
+        terminal.sendSignal(SIGCONT);
       } else if (act == "^Z") {
         terminal.type("\x1a");
         ASSERT_TRUE(terminal.waitUntilStopped());

@@ -24,8 +24,8 @@ void writeAll(int fd, std::string_view bytes) {
 
 } // namespace
 
-PseudoTerminal::PseudoTerminal(std::function<int()> job,
-                               unsigned short columns) {
+PseudoTerminal::PseudoTerminal(std::function<int()> job, unsigned short columns,
+                               Group group) {
   // The leader sends the job's pid, and later its wait status, on a pipe.
   int news[2];
   if (::pipe2(news, O_CLOEXEC) != 0 ||
@@ -48,7 +48,8 @@ PseudoTerminal::PseudoTerminal(std::function<int()> job,
       // with every signal at its default.
       ::setpgid(0, 0);
       std::signal(SIGTTOU, SIG_IGN);
-      ::tcsetpgrp(STDIN_FILENO, ::getpgrp());
+      if (group == Group::foreground)
+        ::tcsetpgrp(STDIN_FILENO, ::getpgrp());
       for (int number = 1; number < NSIG; ++number)
         std::signal(number, SIG_DFL);
       int code = job();

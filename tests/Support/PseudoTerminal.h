@@ -25,6 +25,9 @@ struct ProcessEnd {
 /// process group of its own that is the terminal's foreground group, with
 /// standard input, output and error on the terminal. So Ctrl-C typed on the
 /// terminal interrupts the job, Ctrl-Z stops it, and SIGCONT lets it go on.
+/// A job started in the background (as with "&", or under timeout) stays
+/// out of the foreground: reading the terminal or changing its settings
+/// stops it.
 ///
 /// The test plays the user: it waits for text, types, and reads the
 /// transcript of what the terminal showed ("\n" written shows as "\r\n").
@@ -34,9 +37,11 @@ class PseudoTerminal {
 public:
   using Timeout = std::chrono::milliseconds;
 
+  enum class Group { foreground, background };
+
   /// Runs \p job in the child; its return value is the job's exit code.
-  explicit PseudoTerminal(std::function<int()> job,
-                          unsigned short columns = 80);
+  explicit PseudoTerminal(std::function<int()> job, unsigned short columns = 80,
+                          Group group = Group::foreground);
   /// Kills whatever still runs and closes the terminal.
   ~PseudoTerminal();
   PseudoTerminal(const PseudoTerminal &) = delete;

@@ -7,6 +7,7 @@
 // Aim: our wall time within 1.1 times curl's, our peak RSS under 24 MiB.
 #include "KestruneCLI/UrlSessionManager/UrlSessionManager.h"
 #include "KestruneCLI/UrlSessionManager/UrlSessionUtil.h"
+#include "Platform/HttpMessage.h"
 #include "Platform/UrlText.h"
 
 #include <algorithm>
@@ -85,9 +86,12 @@ Measurement measure(std::vector<std::string> arguments) {
 int uploadAsClient(const std::string &baseUrl, const std::string &path) {
   kestrune::ConfigModel config{username, password, apiKey,
                                baseUrl,  "G",      groupNumber};
+  std::optional<platform::HttpBody> body = platform::HttpBody::openFile(path);
+  if (!body)
+    return 1;
   bool uploaded = false;
   kestrune::UrlSessionManager::shared().doUploadBlob(
-      config, path, "bench.pkg", kestrune::UrlSessionUtil::shared(),
+      config, *body, "bench.pkg", kestrune::UrlSessionUtil::shared(),
       kestrune::BlobType::installer,
       [&](std::optional<std::int64_t> value,
           std::optional<kestrune::CliError> error) {

@@ -67,6 +67,7 @@ struct UploadScene : e2e::Scene {
     testsupport::writeFile(dir() / "Big App&Co.pkg", installerBytes);
     testsupport::writeFile(dir() / "meta data+=#.plist", metadataBytes);
     testsupport::writeFile(dir() / "icon.png", iconBytes);
+    std::filesystem::create_directory(dir() / "folder.plist");
     store(account());
     con().mapGroup("Top", top);
     con().mapGroup("Q&u=e+r#y&", 572);
@@ -229,8 +230,11 @@ const RefusalCase refusalCases[] = {
     {{}, {"upload", "-i", "{dir}/a.pkg", "-m", "{dir}/%zz.plist"}, error("Unable to fetch the location of the metadata file."), 37},
     // An icon path found bad only after two uploads: no application.
     {{}, with(typed, {"-l", "{dir}/50%.png"}), two + error("Unable to get the valid icon path."), 43, {I, M}},
-    // A file that isn't there goes out as an empty body.
-    {{}, {"upload", "-i", "{dir}/none.pkg", "-m", "{dir}/meta data+=#.plist"}, "\n\n" + error("The uploaded file is empty."), 33, {blob("none.pkg", 570, "Application")}},
+    // Every file is opened before anything is sent, after the group change,
+    // the installer first, then the metadata, then the icon.
+    {{}, {"upload", "-i", "{dir}/none.pkg", "-m", "{dir}/folder.plist", "-l", "{dir}", "-g", "Org2"}, error("Unable to fetch the location of the installer file."), 36, {"GET /api/system/groups/search?groupID=Org2"}},
+    {{}, {"upload", "-i", "{dir}/Big App&Co.pkg", "-m", "{dir}/folder.plist", "-l", "{dir}/none.png"}, error("Unable to fetch the location of the metadata file."), 37},
+    {{}, with(typed, {"-l", "{dir}"}), error("Unable to get the valid icon path."), 43},
     // A group ID that no URL can hold is shown as typed; nothing is sent.
     {{}, with(typed, {"-g", "G #x"}), error("Unable to form a valid URL with the string {base}/api/system/groups/search?groupID=G #x"), 11},
 };

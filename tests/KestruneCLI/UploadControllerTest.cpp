@@ -51,6 +51,10 @@ const std::string notSignedIn =
 const std::string uploadedAll = "blob App.pkg; blob App.plist; blob icon.png";
 
 TEST(UploadControllerTest, StopsWhereEachFailureSaysWhenTheExitReturns) {
+  testsupport::TempDir files;
+  for (const char *name : {"App.pkg", "App.plist", "icon.png"})
+    testsupport::writeFile(files.path() / name, name);
+  const std::string dir = files.path().string() + "/";
   const Case cases[] = {
       {"an empty username: nothing is sent", "", false, "App.pkg", allThree,
        std::nullopt, notSignedIn, std::vector{46}, ""},
@@ -63,6 +67,10 @@ TEST(UploadControllerTest, StopsWhereEachFailureSaysWhenTheExitReturns) {
        "\n❗️Error: Unable to fetch the location of the installer file.\n"
        "\n❗️Error: Unable to create an Upload Model\n",
        std::vector{36, 38}, ""},
+      {"a missing installer: nothing sent", "alice", false, "none.pkg",
+       allThree, std::nullopt,
+       "\n❗️Error: Unable to fetch the location of the installer file.\n",
+       std::vector{36}, ""},
       {"a refused installer: the metadata goes, then nothing", "alice", false,
        "App.pkg", refusedInstaller, std::nullopt, "\n❗️Error: refused\n",
        std::vector{33}, "blob App.pkg; blob App.plist"},
@@ -102,8 +110,9 @@ TEST(UploadControllerTest, StopsWhereEachFailureSaysWhenTheExitReturns) {
     kestrune::UploadController controller(exit, keychain, console,
                                           kestrune::UrlSessionUtil::shared());
 
-    std::string printed = testsupport::captureStdout(
-        [&] { controller.upload(c.installer, "App.plist", "icon.png"); });
+    std::string printed = testsupport::captureStdout([&] {
+      controller.upload(dir + c.installer, dir + "App.plist", dir + "icon.png");
+    });
 
     EXPECT_EQ(printed, c.printed);
     EXPECT_EQ(exit.codes, c.exitCodes);

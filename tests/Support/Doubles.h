@@ -47,7 +47,7 @@ public:
     record("lookup " + groupId);
     completion(groupIdNum, std::nullopt);
   }
-  void doUploadBlob(const kestrune::ConfigModel &, const std::string &,
+  void doUploadBlob(const kestrune::ConfigModel &, const platform::HttpBody &,
                     const std::string &name,
                     const kestrune::UrlSessionUtilProtocol &,
                     kestrune::BlobType,

@@ -4,6 +4,7 @@
 #include "KestruneCLI/Helpers/DarwinWrapper.h"
 #include "KestruneCLI/UrlSessionManager/UrlSessionManager.h"
 #include "KestruneCLI/UrlSessionManager/UrlSessionUtil.h"
+#include "Platform/HttpMessage.h"
 #include "Platform/StandardOutput.h"
 
 #include <exception>
@@ -87,23 +88,49 @@ void UploadController::upload(const std::string &installerPath,
     return;
   }
 
+  // Every file is opened before the first blob goes out, so that one that
+  // can't be read (missing, a folder, forbidden) stops the upload before the
+  // console has anything; what is sent is then what the opened files hold.
+  std::optional<platform::HttpBody> installerBody =
+      platform::HttpBody::openFile(model->installerPath);
+  if (!installerBody) {
+    reportError(CliError::errorFetchingLocationOfInstallerFile(),
+                darwinWrapper);
+    return;
+  }
+  std::optional<platform::HttpBody> metadataBody =
+      platform::HttpBody::openFile(model->metadataPath);
+  if (!metadataBody) {
+    reportError(CliError::errorFetchingLocationOfMetadataFile(), darwinWrapper);
+    return;
+  }
+  std::optional<platform::HttpBody> iconBody;
+  if (model->iconPath) {
+    iconBody = platform::HttpBody::openFile(*model->iconPath);
+    if (!iconBody) {
+      reportError(CliError::invalidIconPath(), darwinWrapper);
+      return;
+    }
+  }
+
   // Each call blocks until its answer is in and its completion has run, so
   // the stages simply follow one another on this thread.
   std::optional<std::int64_t> installerId;
   std::optional<std::int64_t> metadataId;
   std::optional<std::int64_t> iconId;
   urlsessionManager.doUploadBlob(
-      config, model->installerPath, model->installerName, urlSessionUtil,
+      config, *installerBody, model->installerName, urlSessionUtil,
       BlobType::installer,
       storeBlobId(installerId, CliError::unknownUploadInstallerAPIError()));
   urlsessionManager.doUploadBlob(
-      config, model->metadataPath, model->metadataName, urlSessionUtil,
+      config, *metadataBody, model->metadataName, urlSessionUtil,
       BlobType::metadata,
       storeBlobId(metadataId, CliError::unknownUploadMetadataAPIError()));
   if (!installerId || !metadataId)
     return;
 
-  // The icon's path is judged only now, after the two required files.
+  // An icon path that couldn't be normalised is judged only now, after the
+  // two required files.
   if (iconPath) {
     if (!model->iconPath) {
       reportError(CliError::invalidIconPath(), darwinWrapper);
@@ -114,8 +141,7 @@ void UploadController::upload(const std::string &installerPath,
       return;
     }
     urlsessionManager.doUploadBlob(
-        config, *model->iconPath, *model->iconName, urlSessionUtil,
-        BlobType::icon,
+        config, *iconBody, *model->iconName, urlSessionUtil, BlobType::icon,
         storeBlobId(iconId, CliError::unknownUploadIconAPIError()));
   }
 

@@ -4,6 +4,7 @@
 #include "KestruneCLI/Config/ConfigModel.h"
 #include "KestruneCLI/Helpers/CliError.h"
 #include "KestruneCLI/UrlSessionManager/BlobType.h"
+#include "Platform/HttpMessage.h"
 
 #include <cstdint>
 #include <functional>
@@ -35,9 +36,10 @@ public:
                                const UrlSessionUtilProtocol &urlSessionUtil,
                                const NumberCompletion &completion) const = 0;
 
-  /// Uploads the file at \p binaryPath as a blob named \p binaryName.
+  /// Uploads \p binaryBody, a file opened by the caller, as a blob named
+  /// \p binaryName.
   virtual void doUploadBlob(const ConfigModel &config,
-                            const std::string &binaryPath,
+                            const platform::HttpBody &binaryBody,
                             const std::string &binaryName,
                             const UrlSessionUtilProtocol &urlSessionUtil,
                             BlobType blobType,

@@ -128,7 +128,7 @@ void UrlSessionManager::fetchGroupIdNum(
 }
 
 void UrlSessionManager::doUploadBlob(
-    const ConfigModel &config, const std::string &binaryPath,
+    const ConfigModel &config, const platform::HttpBody &binaryBody,
     const std::string &binaryName, const UrlSessionUtilProtocol &urlSessionUtil,
     BlobType blobType, const NumberCompletion &completion) const {
   auto cells = std::make_shared<ResultCells>();
@@ -171,10 +171,7 @@ void UrlSessionManager::doUploadBlob(
   platform::HttpRequest request;
   request.url = encoded;
   request.method = "POST";
-  // The file is streamed from disk while it is sent; one that can't be
-  // opened goes out as a POST without a body, and the console answers it.
-  request.body =
-      platform::HttpBody::openFile(binaryPath).value_or(platform::HttpBody());
+  request.body = binaryBody;
   sendAndWait(
       *session, std::move(request),
       [cells](const auto &data, const auto &response, const auto &error) {

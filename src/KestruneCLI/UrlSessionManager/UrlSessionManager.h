@@ -25,10 +25,11 @@ public:
                        const UrlSessionUtilProtocol &urlSessionUtil,
                        const NumberCompletion &completion) const override;
 
-  /// POSTs the file at \p binaryPath, streamed from disk, as the blob
+  /// POSTs \p binaryBody (a file streamed from disk) as the blob
   /// \p binaryName under a spinner; the completion gets the blob's Value or
-  /// the error. A file that can't be read goes out as an empty body.
-  void doUploadBlob(const ConfigModel &config, const std::string &binaryPath,
+  /// the error. The name goes out as one query value.
+  void doUploadBlob(const ConfigModel &config,
+                    const platform::HttpBody &binaryBody,
                     const std::string &binaryName,
                     const UrlSessionUtilProtocol &urlSessionUtil,
                     BlobType blobType,

@@ -135,12 +135,14 @@ template <typename T, typename V> struct ValueDeclaration {
   ParsingStrategy strategy = ParsingStrategy::nextAsValue;
   std::optional<U> defaultValue;
   std::function<U(const std::string &)> transform;
+  bool secret = false;
 
   ArgumentDefinition makeDefinition(const InputKey &key) const {
     ArgumentDefinition definition;
     definition.help.help = help;
     definition.help.keys = {key};
     definition.parsingStrategy = strategy;
+    definition.isSecret = secret;
     const bool appending = Field::shape == Shape::array;
     definition.update = makeValueUpdate<U>(key, transform, appending);
     if constexpr (Field::shape == Shape::array) {
@@ -232,6 +234,15 @@ public:
   transform(std::function<U(const std::string &)> transform) const {
     OptionDeclaration copy = *this;
     copy.value.transform = std::move(transform);
+    return copy;
+  }
+  /// Marks the values as secrets (passwords, keys): once the command line
+  /// is parsed, and before the command runs, main(argc, argv) overwrites
+  /// their text in the process's arguments, where every local user could
+  /// read it (ps, /proc/PID/cmdline). Help and parsing are unchanged.
+  OptionDeclaration secret() const {
+    OptionDeclaration copy = *this;
+    copy.value.secret = true;
     return copy;
   }
 

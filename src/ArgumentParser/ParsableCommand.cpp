@@ -5,8 +5,10 @@
 #include "ArgumentParser/Usage/MessageInfo.h"
 #include "Platform/StandardOutput.h"
 
+#include <cassert>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <iterator>
 
@@ -41,6 +43,29 @@ void runMain(const CommandType &root, OptionalArguments arguments) {
   try {
     std::shared_ptr<ParsableCommandBase> command =
         parseAsRoot(root, std::move(arguments));
+    command->run();
+  } catch (...) {
+    exitWithError(root, std::current_exception());
+  }
+}
+
+void runMain(const CommandType &root, int argc, char **argv) {
+  std::vector<std::string> arguments;
+  for (int i = 1; i < argc; ++i)
+    arguments.emplace_back(argv[i]);
+  try {
+    CommandParser parser(root);
+    std::shared_ptr<ParsableCommandBase> command = parser.parse(arguments);
+    // The parse copied every value, so the secrets can go from the argument
+    // area at once, before the command prompts or sends anything. The length
+    // of each input stays, and so does everything else on the command line.
+    for (const ParsedValues::SecretText &text : parser.getSecretTexts()) {
+      const std::size_t index = static_cast<std::size_t>(text.inputIndex);
+      assert(index < arguments.size() &&
+             text.length <= arguments[index].size() && "secret out of place");
+      std::memset(argv[index + 1] + arguments[index].size() - text.length, 'x',
+                  text.length);
+    }
     command->run();
   } catch (...) {
     exitWithError(root, std::current_exception());

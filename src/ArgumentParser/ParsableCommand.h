@@ -27,6 +27,11 @@ parseAsRoot(const CommandType &root, OptionalArguments arguments = {});
 /// Parses, runs the chosen command, and turns any failure into its text and
 /// exit code (the process ends then). Returns when run() returns.
 void runMain(const CommandType &root, OptionalArguments arguments = {});
+/// runMain() with the process's own arguments, \p argv as main() got it.
+/// Between the parse and the run, the text of every secret value (see
+/// OptionDeclaration::secret) is overwritten with "x" in \p argv itself,
+/// which is what the process list shows; the command has its own copies.
+void runMain(const CommandType &root, int argc, char **argv);
 
 /// The help of \p command (the root when null or not in the tree), as if
 /// reached from \p root, rendered to \p columns (the terminal's width when
@@ -82,10 +87,7 @@ public:
 
   /// The entry point: parses the process's arguments and runs the command.
   static void main(int argc, char **argv) {
-    std::vector<std::string> arguments;
-    for (int i = 1; i < argc; ++i)
-      arguments.emplace_back(argv[i]);
-    runMain(commandType<Self>(), std::move(arguments));
+    runMain(commandType<Self>(), argc, argv);
   }
   static void main(OptionalArguments arguments = {}) {
     runMain(commandType<Self>(), std::move(arguments));

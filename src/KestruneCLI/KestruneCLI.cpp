@@ -48,9 +48,13 @@ Arguments<KestruneCLI::Config> KestruneCLI::Config::arguments() {
       option(&Config::username, "username")
           .name(shortAndLong)
           .help("Username of Varnholt UEM admin"),
-      option(&Config::password, "password").name(shortAndLong).help("Password"),
+      option(&Config::password, "password")
+          .name(shortAndLong)
+          .secret()
+          .help("Password"),
       option(&Config::apiKey, "apiKey")
           .name({longName, customShort("k")})
+          .secret()
           .help("API Key"),
       option(&Config::hostname, "hostname")
           .name({longName, customShort("o")})

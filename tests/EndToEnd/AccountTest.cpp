@@ -1,5 +1,8 @@
 #include "EndToEnd/Fixture.h"
 
+#include <algorithm>
+#include <future>
+
 // `kestrunecli config` and the account it keeps, against the console
 // simulator: what the user reads, the exit code, the requests the console
 // received and the items left in the store.
@@ -226,8 +229,13 @@ const std::string notJson = "\n❗️Error: Unable to get a valid JSON response\
 const std::string unknown = "\n❗️Error: Unknown response while fetching group id\n";
 const std::string noGroup = "\n❗️Error: The url response has no Organization Group details\n";
 const std::string noId = "\n❗️Error: Unable to fetch the Group ID number\n";
+const mockconsole::Answer heldThenOrg1{.body = R"({"OrganizationGroups":[{"Id":570}]})", .holdUntilReleased = true};
 
 const ConsoleCase consoleCases[] = {
+    // Other users don't see the secrets, in any spelling or repeated, while
+    // the console keeps the sign-in waiting: only the rest of the command line.
+    {{.before = {"config", "-np", "old-s3cret", "--api-key=old-tenant-key"}}, heldThenOrg1, false, signedIn, 0, "570",
+     headers("Basic YWxpY2U6czNjcmV0", "tenant-key")},
     // The credentials as typed, in these four fields alone.
     {{.username = "Zoë", .password = "pä:ss wörd", .apiKey = "K"}, {}, false, signedIn, 0, "570",
      headers("Basic Wm/Dqzpww6Q6c3Mgd8O2cmQ=", "K")},
@@ -289,7 +297,32 @@ TEST(AccountTest, SignsInWithTheConsoleNamedAndTellsItsAnswersApart) {
     }
     SignIn signIn = c.signIn;
     signIn.hostname = expand(signIn.hostname);
-    e2e::Run run = scene.run(signIn);
+    // The tool's process writes its pid before it becomes the tool.
+    const std::string pidFile = (scene.dir() / "pid").string();
+    auto running = std::async(std::launch::async, [&] {
+      return scene.run(
+          signIn, "",
+          {"/bin/sh", "-c", "echo $$ >\"$0\"; exec \"$@\"", pidFile});
+    });
+    if (c.answer && c.answer->holdUntilReleased) {
+      EXPECT_TRUE(scene.con().waitForRequests(1, std::chrono::seconds(10)));
+      const std::string shown = testsupport::readFile(
+          "/proc/" + std::to_string(std::stoi(testsupport::readFile(pidFile))) +
+          "/cmdline");
+      EXPECT_EQ(shown.find("s3cret"), std::string::npos) << shown;
+      EXPECT_EQ(shown.find("tenant-key"), std::string::npos) << shown;
+      const Args arguments = signIn;
+      EXPECT_EQ(std::count(shown.begin(), shown.end(), '\0'),
+                std::ssize(arguments) + 1);
+      for (const std::string &argument : arguments) {
+        if (argument.find("s3cret") == std::string::npos &&
+            argument.find("tenant-key") == std::string::npos) {
+          EXPECT_NE(shown.find('\0' + argument + '\0'), std::string::npos);
+        }
+      }
+      scene.con().releaseHeldAnswers();
+    }
+    e2e::Run run = running.get();
     EXPECT_EQ(run.out.substr(0, c.out.back() == '(' ? c.out.size() : -1),
               c.out);
     EXPECT_EQ(run.code, c.code);

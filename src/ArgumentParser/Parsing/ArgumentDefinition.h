@@ -66,6 +66,8 @@ struct ArgumentDefinition {
   std::vector<Name> names;
   Help help;
   ParsingStrategy parsingStrategy = ParsingStrategy::nextAsValue;
+  /// Whether the values are secrets (see OptionDeclaration::secret).
+  bool isSecret = false;
   std::variant<NullaryUpdate, UnaryUpdate> update;
   Initial initial;
 

@@ -62,16 +62,29 @@ void parseValues(const ArgumentDefinition &definition, SplitIndex origin,
   const Name &name = parsed.getName();
   usedOrigins.insert(origin);
 
+  // Hands \p text, taken from the input of \p from, to the update, and notes
+  // where a secret's text stands.
+  auto take = [&](const InputOrigin &origins, SplitIndex from,
+                  const std::string &text) {
+    if (definition.isSecret)
+      result.addSecretText({from.inputIndex, text.size()});
+    update(origins, name, text, result);
+  };
+  auto takeAttached = [&] {
+    if (parsed.getValue())
+      take(InputOrigin{origin}, origin, *parsed.getValue());
+  };
+
   auto single = [&](auto popValue) {
     if (parsed.getValue()) {
-      update(InputOrigin{origin}, name, *parsed.getValue(), result);
+      takeAttached();
       return;
     }
     auto found = popValue();
     if (!found)
       throw ParserError::missingValueForOption(InputOrigin{origin}, name);
     usedOrigins.insert(found->first);
-    update(InputOrigin{origin, found->first}, name, found->second, result);
+    take(InputOrigin{origin, found->first}, found->first, found->second);
   };
 
   switch (definition.parsingStrategy) {
@@ -87,27 +100,25 @@ void parseValues(const ArgumentDefinition &definition, SplitIndex origin,
   case ParsingStrategy::upToNextOption: {
     if (definition.initial)
       definition.initial(InputOrigin{origin}, result);
-    if (parsed.getValue())
-      update(InputOrigin{origin}, name, *parsed.getValue(), result);
+    takeAttached();
     while (true) {
       std::optional<SplitArguments::Entry> next = inputArguments.peekNext();
       if (!next || !next->second.isValue())
         break;
       inputArguments.popNext();
       usedOrigins.insert(next->first);
-      update(InputOrigin{origin, next->first}, name, next->second.getValue(),
-             result);
+      take(InputOrigin{origin, next->first}, next->first,
+           next->second.getValue());
     }
     return;
   }
   case ParsingStrategy::allRemainingInput: {
     if (definition.initial)
       definition.initial(InputOrigin{origin}, result);
-    if (parsed.getValue())
-      update(InputOrigin{origin}, name, *parsed.getValue(), result);
+    takeAttached();
     while (auto next = inputArguments.popNextElementAsValue(origin)) {
       usedOrigins.insert(next->first);
-      update(InputOrigin{origin, next->first}, name, next->second, result);
+      take(InputOrigin{origin, next->first}, next->first, next->second);
     }
     return;
   }

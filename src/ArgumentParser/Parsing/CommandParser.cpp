@@ -145,6 +145,9 @@ CommandParser::parseCurrent(SplitArguments &split) {
   LenientParsedValues parsed = set.lenientParse(split);
   if (parsed.partialError && currentNode->children.empty())
     throw *parsed.partialError;
+  const std::vector<ParsedValues::SecretText> &secrets =
+      parsed.values.getSecretTexts();
+  secretTexts.insert(secretTexts.end(), secrets.begin(), secrets.end());
 
   ArgumentDecoder decoder(parsed.values, decodedArguments);
   std::shared_ptr<ParsableArguments> value;

@@ -2,6 +2,7 @@
 #define KESTRUNECLI_ARGUMENTPARSER_PARSING_COMMANDPARSER_H
 
 #include "ArgumentParser/ParsableCommand.h"
+#include "ArgumentParser/Parsing/ParsedValues.h"
 
 #include <memory>
 #include <string>
@@ -52,6 +53,10 @@ public:
 
   /// The types from the root to the current node.
   std::vector<const CommandType *> commandStack() const;
+  /// Where the values of secret options stand in the arguments parsed.
+  const std::vector<ParsedValues::SecretText> &getSecretTexts() const noexcept {
+    return secretTexts;
+  }
   const Tree &getCommandTree() const noexcept { return *commandTree; }
 
 private:
@@ -65,6 +70,7 @@ private:
   std::unique_ptr<Tree> commandTree;
   const Tree *currentNode;
   std::vector<DecodedArguments> decodedArguments;
+  std::vector<ParsedValues::SecretText> secretTexts;
 };
 
 } // namespace argparse

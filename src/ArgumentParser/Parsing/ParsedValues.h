@@ -20,6 +20,13 @@ public:
     std::any value;
     InputOrigin inputOrigin;
   };
+  /// Where the text of a secret value stands on the command line: the last
+  /// \p length bytes of the input at \p inputIndex. A value is always a
+  /// whole input or, attached with "=", the end of one.
+  struct SecretText {
+    int inputIndex = 0;
+    std::size_t length = 0;
+  };
 
   explicit ParsedValues(std::vector<std::string> originalInput = {})
       : originalInput(std::move(originalInput)) {}
@@ -44,9 +51,15 @@ public:
   const std::vector<std::string> &getOriginalInput() const noexcept {
     return originalInput;
   }
+  void addSecretText(SecretText text) { secretTexts.push_back(text); }
+  /// Every value of a secret option found, repeated ones included.
+  const std::vector<SecretText> &getSecretTexts() const noexcept {
+    return secretTexts;
+  }
 
 private:
   std::vector<Element> elements;
+  std::vector<SecretText> secretTexts;
   std::vector<std::string> originalInput;
 };
 

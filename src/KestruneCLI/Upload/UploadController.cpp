@@ -54,23 +54,27 @@ UploadController::storeBlobId(std::optional<std::int64_t> &cell,
 
 void UploadController::upload(const std::string &installerPath,
                               const std::string &metadataPath,
-                              const std::optional<std::string> &iconPath) {
-  std::optional<std::string> username = keychain["username"];
-  if (!username || username->empty()) {
-    reportError(CliError::needToSignIn(), darwinWrapper);
-    return;
-  }
-
+                              const std::optional<std::string> &iconPath,
+                              const std::optional<ConfigModel> &account) {
   ConfigModel config;
-  try {
-    config = configController.getCreds();
-  } catch (const CliError &error) {
-    reportError(error, darwinWrapper);
-    return;
-  } catch (const std::exception &) {
-    platform::printLine(unreadableAccountMessage);
-    darwinWrapper.exitCode(CliError::unknownError().code());
-    return;
+  if (account) {
+    config = *account;
+  } else {
+    std::optional<std::string> username = keychain["username"];
+    if (!username || username->empty()) {
+      reportError(CliError::needToSignIn(), darwinWrapper);
+      return;
+    }
+    try {
+      config = configController.getCreds();
+    } catch (const CliError &error) {
+      reportError(error, darwinWrapper);
+      return;
+    } catch (const std::exception &) {
+      platform::printLine(unreadableAccountMessage);
+      darwinWrapper.exitCode(CliError::unknownError().code());
+      return;
+    }
   }
 
   std::optional<UploadModel> model =

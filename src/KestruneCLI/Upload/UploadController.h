@@ -35,10 +35,12 @@ public:
   /// Uploads the files at the paths as typed; \p iconPath is optional.
   /// With \p account (the account a group change has just stored) the
   /// upload goes to it; without, it tests that an account is signed in and
-  /// reads it. Returns once the application exists. On a failure the message is
-  /// printed and the process ended; should the exit return, upload returns
-  /// at once too, except that a failed blob upload only leaves that blob
-  /// out (no application is created without the installer and the
+  /// reads it. Every file is opened before the first blob goes out: one
+  /// that can't be read ends the upload with its code (36, 37, 43) and
+  /// nothing is sent. Returns once the application exists. On a failure the
+  /// message is printed and the process ended; should the exit return, upload
+  /// returns at once too, except that a failed blob upload only leaves that
+  /// blob out (no application is created without the installer and the
   /// metadata, and one without its icon only when the exit returned).
   void upload(const std::string &installerPath, const std::string &metadataPath,
               const std::optional<std::string> &iconPath,

@@ -5,6 +5,7 @@
 #include "KestruneCLI/UrlSessionManager/URLSessionManagerProtocol.h"
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -35,6 +36,8 @@ public:
   std::map<std::string, std::optional<std::int64_t>> blobIds;
   /// The application's refusal message (code 52); none: it is created.
   std::optional<std::string> appRefusal;
+  /// Runs while a lookup waits for its answer: another run at work.
+  std::function<void()> duringLookup;
   mutable std::string calls;
 
   void record(const std::string &call) const {
@@ -45,6 +48,8 @@ public:
                        const kestrune::UrlSessionUtilProtocol &,
                        const Completion &completion) const override {
     record("lookup " + groupId);
+    if (duringLookup)
+      duringLookup();
     completion(groupIdNum, std::nullopt);
   }
   void doUploadBlob(const kestrune::ConfigModel &, const platform::HttpBody &,

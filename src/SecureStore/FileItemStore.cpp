@@ -14,10 +14,6 @@ namespace securestore {
 
 namespace {
 
-OSStatus statusOf(Status::Case errorCase) {
-  return Status(errorCase).rawValue();
-}
-
 class Descriptor {
 public:
   explicit Descriptor(int fd) noexcept : fd(fd) {}

@@ -16,10 +16,6 @@ ItemStore::~ItemStore() = default;
 
 namespace {
 
-OSStatus statusOf(Status::Case errorCase) {
-  return Status(errorCase).rawValue();
-}
-
 // The query that finds exactly the item \p attributes describe: its class,
 // service (or server and the like), account and synchronizable state.
 Dictionary identityOf(const Dictionary &attributes) {

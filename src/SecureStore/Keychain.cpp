@@ -51,18 +51,19 @@ Dictionary makeQuery(const Options &options,
   return query;
 }
 
-// The attributes of an add (with a key) or of an update (without one). An
-// access control that can't be made ends the construction with an error.
-struct AttributesResult {
-  Dictionary attributes;
-  std::exception_ptr error;
-};
+// Prints \p error and throws it.
+template <typename E> [[noreturn]] void printAndThrow(const E &error) {
+  platform::printLine(error.localizedDescription());
+  throw error;
+}
 
-AttributesResult makeAttributes(const Options &options, ItemStore &store,
-                                const std::optional<std::string> &key,
-                                const Bytes &value) {
-  AttributesResult made;
-  Dictionary &attributes = made.attributes;
+// The attributes of an add (with a key) or of an update (without one);
+// Options.attributes win over everything computed. An access control that
+// can't be made is printed and thrown: nothing is written.
+Dictionary makeAttributes(const Options &options, ItemStore &store,
+                          const std::optional<std::string> &key,
+                          const Bytes &value) {
+  Dictionary attributes;
   if (key) {
     attributes = makeQuery(options, true);
     attributes[kSecAttrAccount] = *key;
@@ -79,32 +80,16 @@ AttributesResult makeAttributes(const Options &options, ItemStore &store,
         store.createAccessControl(std::string(rawValue(options.accessibility)),
                                   options.authenticationPolicy->rawValue);
     if (!control.accessControl) {
-      made.error =
-          control.error
-              ? std::make_exception_ptr(*control.error)
-              : std::make_exception_ptr(Status(Status::Case::unexpectedError));
-      return made;
+      if (control.error)
+        printAndThrow(*control.error);
+      printAndThrow(Status(Status::Case::unexpectedError));
     }
     attributes[kSecAttrAccessControl] = *control.accessControl;
   }
   attributes[kSecAttrSynchronizable] = options.synchronizable;
-  return made;
-}
-
-// Options.attributes win over everything computed. An error of the access
-// control is printed and becomes the failure: nothing is written.
-Dictionary finishAttributes(const Options &options, AttributesResult made) {
-  if (made.error) {
-    try {
-      std::rethrow_exception(made.error);
-    } catch (const Error &error) {
-      platform::printLine(error.localizedDescription());
-      throw;
-    }
-  }
-  for (const auto &[key, value] : options.attributes)
-    made.attributes.insert_or_assign(key, value);
-  return std::move(made.attributes);
+  for (const auto &[name, given] : options.attributes)
+    attributes.insert_or_assign(name, given);
+  return attributes;
 }
 
 std::optional<std::string> decode(const std::optional<Bytes> &bytes) {
@@ -315,16 +300,15 @@ void Keychain::set(const Bytes &value, const std::string &key,
     // the item found above is the one changed.
     Dictionary search = makeQuery(options, true);
     search[kSecAttrAccount] = key;
-    Dictionary changes = finishAttributes(
-        options, makeAttributes(options, itemStore, std::nullopt, value));
+    Dictionary changes =
+        makeAttributes(options, itemStore, std::nullopt, value);
     status = itemStore.updateItems(search, changes);
     if (status != 0)
       throw securityError(status);
     return;
   }
   if (isStatus(status, Status::Case::itemNotFound)) {
-    Dictionary attributes = finishAttributes(
-        options, makeAttributes(options, itemStore, key, value));
+    Dictionary attributes = makeAttributes(options, itemStore, key, value);
     status = itemStore.addItem(attributes);
     if (status != 0)
       throw securityError(status);

@@ -27,9 +27,7 @@ using secretservice::viewOf;
 
 constexpr char schemaName[] = "org.kestrune.cli.Keychain";
 
-OSStatus statusOf(Status::Case errorCase) {
-  return Status(errorCase).rawValue();
-}
+using securestore::statusOf;
 
 OSStatus statusOf(Outcome outcome) {
   switch (outcome) {

@@ -78,6 +78,11 @@ private:
   Case errorCase;
 };
 
+/// The status number of \p errorCase, as stores answer it.
+inline OSStatus statusOf(Status::Case errorCase) noexcept {
+  return static_cast<OSStatus>(errorCase);
+}
+
 } // namespace securestore
 
 template <> struct std::hash<securestore::Status> {

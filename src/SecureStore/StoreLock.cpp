@@ -9,14 +9,6 @@
 
 namespace securestore {
 
-namespace {
-
-OSStatus statusOf(Status::Case errorCase) {
-  return Status(errorCase).rawValue();
-}
-
-} // namespace
-
 OSStatus statusOfWriteError(int error) {
   switch (error) {
   case EACCES:

@@ -209,18 +209,27 @@ void ConfigController::signOut() {
   platform::printLine(signedOutMessage);
 }
 
-bool ConfigController::listInfo() {
-  ConfigModel model;
+std::optional<ConfigModel>
+readAccountOrReport(const ConfigController &controller,
+                    std::string_view unexpectedMessage,
+                    const DarwinProtocol &darwinWrapper) {
   try {
-    model = getCreds();
+    return controller.getCreds();
   } catch (const CliError &error) {
     reportError(error, darwinWrapper);
-    return false;
   } catch (const std::exception &) {
-    platform::printLine(listInfoFailedMessage);
+    platform::printLine(unexpectedMessage);
     darwinWrapper.exitCode(CliError::unknownError().code());
-    return false;
   }
+  return std::nullopt;
+}
+
+bool ConfigController::listInfo() {
+  std::optional<ConfigModel> read =
+      readAccountOrReport(*this, listInfoFailedMessage, darwinWrapper);
+  if (!read)
+    return false;
+  const ConfigModel &model = *read;
   std::string groupIdNum =
       model.groupIdNum ? std::to_string(*model.groupIdNum) : "nil";
   // The password and the API key are never shown.
@@ -235,17 +244,11 @@ bool ConfigController::listInfo() {
 
 std::optional<ConfigModel>
 ConfigController::editGroupId(const std::string &newVal) {
-  ConfigModel stored;
-  try {
-    stored = getCreds();
-  } catch (const CliError &error) {
-    reportError(error, darwinWrapper);
+  std::optional<ConfigModel> read =
+      readAccountOrReport(*this, readCredsFailedMessage, darwinWrapper);
+  if (!read)
     return std::nullopt;
-  } catch (const std::exception &) {
-    platform::printLine(readCredsFailedMessage);
-    darwinWrapper.exitCode(CliError::unknownError().code());
-    return std::nullopt;
-  }
+  ConfigModel stored = *read;
 
   std::optional<std::int64_t> number;
   urlsessionManager.fetchGroupIdNum(

@@ -93,6 +93,15 @@ private:
   const DarwinProtocol &darwinWrapper;
 };
 
+/// The account as \p controller reads it (ConfigController::getCreds), or
+/// std::nullopt once a failure is reported through \p darwinWrapper: a
+/// CliError with its message and code, any other with \p unexpectedMessage
+/// and unknownError (54).
+std::optional<ConfigModel>
+readAccountOrReport(const ConfigController &controller,
+                    std::string_view unexpectedMessage,
+                    const DarwinProtocol &darwinWrapper);
+
 } // namespace kestrune
 
 #endif

@@ -65,16 +65,11 @@ void UploadController::upload(const std::string &installerPath,
       reportError(CliError::needToSignIn(), darwinWrapper);
       return;
     }
-    try {
-      config = configController.getCreds();
-    } catch (const CliError &error) {
-      reportError(error, darwinWrapper);
+    std::optional<ConfigModel> read = readAccountOrReport(
+        configController, unreadableAccountMessage, darwinWrapper);
+    if (!read)
       return;
-    } catch (const std::exception &) {
-      platform::printLine(unreadableAccountMessage);
-      darwinWrapper.exitCode(CliError::unknownError().code());
-      return;
-    }
+    config = std::move(*read);
   }
 
   std::optional<UploadModel> model =

@@ -1,7 +1,8 @@
 // The answer to the application's creation: a 201 never fails (it names the
 // application when its Location parses), any other status or no answer at
-// all always does, with one of the route's two errors; and a Location whose
-// path ends in a number names that number.
+// all always does, with one of the route's two errors; a Location whose
+// path ends in a number names that number; and what is printed holds no
+// control character of the console's.
 
 #include "FuzzSupport.h"
 #include "KestruneCLI/UrlSessionManager/ConsoleAnswers.h"
@@ -34,6 +35,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data,
   const kestrune::ApplicationOutcome outcome =
       kestrune::readApplicationAnswer(answer.data, answer.response);
   require(!(outcome.identifier && outcome.error), "a name or an error");
+  require(fuzzsupport::isInert(outcome.identifier.value_or("")) &&
+              (!outcome.error ||
+               fuzzsupport::isInert(outcome.error->errorDescription())),
+          "the console's texts print inert");
   if (fuzzsupport::hasStatus(answer, 201)) {
     require(!outcome.error, "a 201 never fails");
     const auto location = answer.response->getHeader("Location");

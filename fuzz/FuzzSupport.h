@@ -5,6 +5,7 @@
 // decoding of an input into one answer of the console.
 
 #include "Platform/HttpMessage.h"
+#include "Platform/UrlText.h"
 
 #include <fuzzer/FuzzedDataProvider.h>
 
@@ -73,6 +74,12 @@ inline Answer decodeAnswer(FuzzedDataProvider &input) {
   if (input.ConsumeBool())
     answer.data = input.ConsumeRemainingBytesAsString();
   return answer;
+}
+
+/// Whether \p text prints as it is, moving no cursor and setting nothing
+/// in the terminal: no control character but tab and line feed.
+inline bool isInert(const std::string &text) {
+  return platform::escapeControlCharacters(text) == text;
 }
 
 inline bool hasStatus(const Answer &answer, long status) {

@@ -50,9 +50,12 @@ inline void checkNumberRoute(const std::uint8_t *data, std::size_t size,
   if (outcome.error) {
     require(std::ranges::count(errorCodes, outcome.error->code()) == 1,
             "an error of the route's table");
+    require(isInert(outcome.error->errorDescription()),
+            "the console's and the network's texts print inert");
     if (answer.error)
-      require(*outcome.error ==
-                  kestrune::CliError::networkError(answer.error->description),
+      require(*outcome.error == kestrune::CliError::networkError(
+                                    platform::escapeControlCharacters(
+                                        answer.error->description)),
               "a transport error is reported as the network error");
   }
 }

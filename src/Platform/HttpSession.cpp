@@ -37,6 +37,9 @@ private:
 namespace {
 
 constexpr int maxRedirects = 20;
+// The console's answers are a few hundred bytes; whatever a server sends,
+// no more than this is held.
+constexpr std::size_t maxAnswerBytes = 4 * 1024 * 1024;
 // A connect time-out of 0 means libcurl's default of 300 seconds, so the
 // largest value stands for "no limit".
 constexpr long unlimitedConnectMs = std::numeric_limits<long>::max();
@@ -307,6 +310,8 @@ struct Exchange {
   std::uint64_t bodyOffset = 0;
   std::optional<std::string> bodyFailure;
   std::string data;
+  /// The body went past maxAnswerBytes, and reading stopped there.
+  bool answerTooLarge = false;
   HttpHeaders headers;
   const char *errorBuffer = nullptr;
   /// How often libcurl was about to send the request.
@@ -377,9 +382,15 @@ int onBodySeek(void *user, curl_off_t offset, int origin) {
   return CURL_SEEKFUNC_OK;
 }
 
+// A short count makes libcurl end the transfer with a write error.
 std::size_t onData(char *buffer, std::size_t size, std::size_t count,
                    void *user) {
-  static_cast<Exchange *>(user)->data.append(buffer, size * count);
+  auto &exchange = *static_cast<Exchange *>(user);
+  if (size * count > maxAnswerBytes - exchange.data.size()) {
+    exchange.answerTooLarge = true;
+    return 0;
+  }
+  exchange.data.append(buffer, size * count);
   return size * count;
 }
 
@@ -418,8 +429,7 @@ std::size_t onHeaderLine(char *buffer, std::size_t size, std::size_t count,
   return size * count;
 }
 
-HeaderList makeHeaderList(const HttpSessionConfiguration &configuration,
-                          bool dropOriginBound) {
+HeaderList makeHeaderList(const HttpSessionConfiguration &configuration) {
   curl_slist *list = nullptr;
   auto append = [&list](const std::string &line) {
     curl_slist *extended = curl_slist_append(list, line.c_str());
@@ -428,16 +438,7 @@ HeaderList makeHeaderList(const HttpSessionConfiguration &configuration,
     list = extended;
   };
   try {
-    for (const auto &header : configuration.additionalHeaders) {
-      const std::string &name = header.first;
-      const std::string &value = header.second;
-      bool originBound = std::any_of(configuration.originBoundHeaders.begin(),
-                                     configuration.originBoundHeaders.end(),
-                                     [&](const std::string &bound) {
-                                       return equalsIgnoringCase(bound, name);
-                                     });
-      if (dropOriginBound && originBound)
-        continue;
+    for (const auto &[name, value] : configuration.additionalHeaders) {
       // "Name:" would tell libcurl to leave the field out; "Name;" sends it
       // with an empty value.
       append(value.empty() ? name + ";" : name + ": " + value);
@@ -475,6 +476,10 @@ CURLcode configure(CURL *handle, CURLU *url, const std::string &method,
   set(CURLOPT_ERRORBUFFER, errorBuffer);
   set(CURLOPT_NOSIGNAL, 1L);
   set(CURLOPT_PROTOCOLS_STR, "http,https");
+  // A minimum, with the console and with a proxy reached over TLS,
+  // whatever the system's OpenSSL configuration would allow.
+  set(CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
+  set(CURLOPT_PROXY_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
   set(CURLOPT_FOLLOWLOCATION, 0L);
   set(CURLOPT_TIMEOUT_MS, 0L);
   set(CURLOPT_CONNECTTIMEOUT_MS, unlimitedConnectMs);
@@ -542,21 +547,17 @@ HttpTask::Transfer::Outcome HttpTask::Transfer::perform() {
   std::string url = request.url;
   std::string method = request.method;
   HttpBody body = request.body;
-  std::optional<Origin> firstOrigin = originOf(url);
-  bool leftOrigin = false;
+  // Every request of the chain goes to the origin of the first, so the
+  // credentials in the header fields reach no other server.
+  const std::optional<Origin> firstOrigin = originOf(url);
+  HeaderList headers;
+  try {
+    headers = makeHeaderList(configuration);
+  } catch (const std::bad_alloc &) {
+    return fail(describeFailure(CURLE_OUT_OF_MEMORY, nullptr));
+  }
 
   for (int hop = 0;; ++hop) {
-    if (hop > 0) {
-      std::optional<Origin> origin = originOf(url);
-      if (!origin || !firstOrigin || *origin != *firstOrigin)
-        leftOrigin = true;
-    }
-    HeaderList headers;
-    try {
-      headers = makeHeaderList(configuration, leftOrigin);
-    } catch (const std::bad_alloc &) {
-      return fail(describeFailure(CURLE_OUT_OF_MEMORY, nullptr));
-    }
     CurlUrl parsed = parseAsCurl(url);
     if (auto refused = checkHost(url, parsed.get()))
       return fail(*refused);
@@ -579,6 +580,9 @@ HttpTask::Transfer::Outcome HttpTask::Transfer::perform() {
           exchange.bodyFailure
               ? HttpError{"The request body could not be sent (" +
                           *exchange.bodyFailure + ")"}
+          : exchange.answerTooLarge
+              ? HttpError{"The server's answer was too large (it was larger "
+                          "than 4 MiB)"}
           : exchange.failureBeforeRetry
               ? describeFailureBeforeRetry(*exchange.failureBeforeRetry)
               : describeFailure(code, errorBuffer);
@@ -590,9 +594,12 @@ HttpTask::Transfer::Outcome HttpTask::Transfer::perform() {
       return Outcome{std::nullopt, std::move(received), std::move(error)};
     }
 
+    // A redirect to another scheme, host or port is not followed: its
+    // answer is the final one.
     char *next = nullptr;
     curl_easy_getinfo(handle.get(), CURLINFO_REDIRECT_URL, &next);
-    if (!isRedirect(status) || next == nullptr) {
+    if (!isRedirect(status) || next == nullptr || !firstOrigin ||
+        originOf(next) != firstOrigin) {
       return Outcome{std::move(exchange.data),
                      HttpResponse{status, std::move(exchange.headers)},
                      std::nullopt};

@@ -19,10 +19,6 @@ struct HttpSessionConfiguration {
   /// with a body): no Accept, Content-Type, Expect, User-Agent or
   /// Accept-Encoding of the client's own.
   HttpHeaders additionalHeaders;
-  /// Names of fields of additionalHeaders that hold credentials: they go
-  /// only to the scheme, host and port of the request as it was made, and
-  /// are dropped for good once a redirect leads elsewhere.
-  std::vector<std::string> originBoundHeaders{"Authorization"};
 };
 
 /// Called once when a request has ended. On an answer: the body (possibly
@@ -54,13 +50,18 @@ private:
   std::thread thread;
 };
 
-/// An HTTP client over libcurl. Each request follows redirects (at most 20),
-/// verifies TLS against the system's certificates, or against those named
-/// by CURL_CA_BUNDLE, SSL_CERT_FILE and SSL_CERT_DIR, takes proxies from the
-/// environment and has no time-out of any kind, the connect phase included:
-/// it waits for as long as the server and the network do. A URL without a
-/// host, or whose host libcurl would read otherwise than UrlReference does,
-/// fails as an unsupported URL before any lookup or connection.
+/// An HTTP client over libcurl. Each request follows redirects (at most 20)
+/// that lead to its own scheme, host and port (the default port filled in)
+/// and no others: the answer of a redirect elsewhere is the final answer,
+/// so the header fields, credentials included, go to no other server. It
+/// speaks TLS 1.2 or later, verified against the system's certificates, or
+/// against those named by CURL_CA_BUNDLE, SSL_CERT_FILE and SSL_CERT_DIR,
+/// takes proxies from the environment and has no time-out of any kind, the
+/// connect phase included: it waits for as long as the server and the
+/// network do. An answer's body is read up to 4 MiB; a larger one fails the
+/// request. A URL without a host, or whose host libcurl would read
+/// otherwise than UrlReference does, fails as an unsupported URL before any
+/// lookup or connection.
 ///
 /// Sessions carry no connections of their own: requests of the process
 /// made one after another go to one server over one connection while the

@@ -10,7 +10,8 @@ namespace platform {
 namespace {
 
 bool isQueryAllowed(unsigned char c) {
-  if ((c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9'))
+  if ((c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
+      (c >= '0' && c <= '9'))
     return true;
   constexpr std::string_view extra = "!$&'()*+,-./:;=?@_~";
   return extra.find(static_cast<char>(c)) != std::string_view::npos;
@@ -156,19 +157,54 @@ std::optional<std::string> decodeBase64(std::string_view text) {
   return bytes;
 }
 
-bool isValidUtf8(std::string_view text) {
+namespace {
+
+// The length of the UTF-8 sequence at \p position of \p text, with its
+// code point in \p codePoint; 0 when no valid sequence starts there.
+std::size_t nextSequence(std::string_view text, std::size_t position,
+                         utf8proc_int32_t &codePoint) {
   const auto *bytes = reinterpret_cast<const utf8proc_uint8_t *>(text.data());
-  std::size_t position = 0;
-  while (position < text.size()) {
-    utf8proc_int32_t codePoint = -1;
-    utf8proc_ssize_t length = utf8proc_iterate(
-        bytes + position, static_cast<utf8proc_ssize_t>(text.size() - position),
-        &codePoint);
-    if (length <= 0)
+  utf8proc_ssize_t length = utf8proc_iterate(
+      bytes + position, static_cast<utf8proc_ssize_t>(text.size() - position),
+      &codePoint);
+  return length > 0 ? static_cast<std::size_t>(length) : 0;
+}
+
+} // namespace
+
+bool isValidUtf8(std::string_view text) {
+  utf8proc_int32_t codePoint = -1;
+  for (std::size_t position = 0, length = 0; position < text.size();
+       position += length)
+    if ((length = nextSequence(text, position, codePoint)) == 0)
       return false;
-    position += static_cast<std::size_t>(length);
-  }
   return true;
+}
+
+std::string escapeControlCharacters(std::string_view text) {
+  auto isControl = [](utf8proc_int32_t c) {
+    return (c < 0x20 && c != '\t' && c != '\n') || (c >= 0x7F && c <= 0x9F);
+  };
+  std::string out;
+  out.reserve(text.size());
+  for (std::size_t position = 0, length = 0; position < text.size();
+       position += length) {
+    utf8proc_int32_t codePoint = -1;
+    length = nextSequence(text, position, codePoint);
+    // A byte that starts no valid sequence counts alone, as its own value.
+    if (length == 0) {
+      codePoint = static_cast<unsigned char>(text[position]);
+      length = 1;
+    }
+    if (!isControl(codePoint)) {
+      out.append(text.substr(position, length));
+      continue;
+    }
+    constexpr char digits[] = "0123456789abcdef";
+    out.append("\\x").push_back(digits[codePoint >> 4]);
+    out.push_back(digits[codePoint & 0xF]);
+  }
+  return out;
 }
 
 std::string lastPathComponent(std::string_view path) {
@@ -177,8 +213,8 @@ std::string lastPathComponent(std::string_view path) {
     return path.empty() ? std::string() : std::string("/");
   std::string_view trimmed = path.substr(0, end + 1);
   std::size_t slash = trimmed.rfind('/');
-  return std::string(slash == std::string_view::npos ? trimmed
-                                                     : trimmed.substr(slash + 1));
+  return std::string(
+      slash == std::string_view::npos ? trimmed : trimmed.substr(slash + 1));
 }
 
 } // namespace platform

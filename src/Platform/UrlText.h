@@ -32,6 +32,17 @@ std::optional<std::string> decodeBase64(std::string_view text);
 /// Whether \p text is well-formed UTF-8 (no overlongs, no surrogates).
 bool isValidUtf8(std::string_view text);
 
+/// \p text with its control characters shown as escapes, so that printing
+/// it can't move the cursor, retitle or clear the window or write the
+/// clipboard: the C0 controls but tab and line feed, DEL, and the C1
+/// controls (U+0080 to U+009F) become "\x" and two lower-case hex digits of
+/// the code point ("\x1b", "\x7f", "\x9b"). The text is read as UTF-8; a
+/// byte from 0x80 to 0x9F that is no part of a valid sequence is escaped
+/// too (a terminal set to 8 bits would take it for a C1 control), any other
+/// byte stays as it is. Text without such characters comes back unchanged;
+/// a backslash is not escaped, so the result can't always be read back.
+std::string escapeControlCharacters(std::string_view text);
+
 /// The last component of a file path: trailing slashes are ignored, so
 /// "a/Foo.pkg/" gives "Foo.pkg"; a path of slashes only gives "/".
 std::string lastPathComponent(std::string_view path);

@@ -229,19 +229,36 @@ const std::string notJson = "\n❗️Error: Unable to get a valid JSON response\
 const std::string unknown = "\n❗️Error: Unknown response while fetching group id\n";
 const std::string noGroup = "\n❗️Error: The url response has no Organization Group details\n";
 const std::string noId = "\n❗️Error: Unable to fetch the Group ID number\n";
+const std::string tooLarge = "\n❗️Error: The server's answer was too large (it was larger than 4 MiB)\n";
+const mockconsole::Headers alices = headers("Basic YWxpY2U6czNjcmV0", "tenant-key");
+const mockconsole::Answer endless{.body = R"({"OrganizationGroups":[]})", .repeated = {{.text = std::string(1024, ' '), .at = 1}}};
 const mockconsole::Answer heldThenOrg1{.body = R"({"OrganizationGroups":[{"Id":570}]})", .holdUntilReleased = true};
+// An answer of 4 MiB, the most the tool reads, whose message is all DELs:
+// the longest text an answer can make it show, four characters a byte.
+const mockconsole::Answer dels{.status = 401, .body = R"({"message":""})", .repeated = {{.text = "\x7f", .at = 12, .bytes = (4 << 20) - 14}}};
+std::string shownDels() {
+  std::string shown;
+  for (int i = 0; i < (4 << 20) - 14; ++i)
+    shown += "\\x7f";
+  return "\n❗️Error: " + shown + "\n";
+}
+const mockconsole::Answer hundredMegabytes{.status = 401, .body = R"({"message":""})", .repeated = {{.text = "denied ", .at = 12, .bytes = 100'000'000}}};
 
 const ConsoleCase consoleCases[] = {
     // Other users don't see the secrets, in any spelling or repeated, while
     // the console keeps the sign-in waiting: only the rest of the command line.
-    {{.before = {"config", "-np", "old-s3cret", "--api-key=old-tenant-key"}}, heldThenOrg1, false, signedIn, 0, "570",
-     headers("Basic YWxpY2U6czNjcmV0", "tenant-key")},
+    {{.before = {"config", "-np", "old-s3cret", "--api-key=old-tenant-key"}}, heldThenOrg1, false, signedIn, 0, "570", alices},
     // The credentials as typed, in these four fields alone.
     {{.username = "Zoë", .password = "pä:ss wörd", .apiKey = "K"}, {}, false, signedIn, 0, "570",
      headers("Basic Wm/Dqzpww6Q6c3Mgd8O2cmQ=", "K")},
-    // Another origin gets neither the password nor the API key.
-    {{}, redirect(307, "{there}"), true, "\n❗️Error: User credentials are incorrect.\n", 13, "", headers("", "")},
-    {{}, redirect(302, "{base}", "Org2"), true, signedIn, 0, "571", headers("Basic YWxpY2U6czNjcmV0", "tenant-key")},
+    // A redirect to another host or port is not followed: the lookup's
+    // table answers it, and the credentials reach the console named alone.
+    {{}, redirect(307, "{there}"), true, notJson, 12, "", alices},
+    {{}, redirect(307, "{closed}"), true, notJson, 12, "", alices},
+    // One to the same scheme, host and port is, whatever their case.
+    {{}, redirect(302, "{base}", "Org2"), true, signedIn, 0, "571", alices},
+    {{}, redirect(302, "{BASE}", "Org2"), true, signedIn, 0, "571", alices},
+    {{}, redirect(308, "", "Org2"), true, signedIn, 0, "571", alices},
     {{}, redirect(302, "{base}"), false, "\n❗️Error: There were too many redirects (Number of redirects hit maximum amount)\n", 47},
     {{.apiKey = "K\r\nX-Injected: 1"}, {}, false, "\n❗️Error: The request could not be made (the value of the header 'qm-tenant-code' holds a line break or a NUL byte)\n", 47},
     {{}, e2e::dropped(), false, "\n❗️Error: The network connection was lost (Empty reply from server)\n", 47},
@@ -269,6 +286,14 @@ const ConsoleCase consoleCases[] = {
     {{}, answer(500, R"({"message":5})"), false, unknown, 14},
     {{}, groups(201, R"([{"Id":42}])"), false, unknown, 14},
     {{}, answer(401, R"({"message":"Access denied"})"), false, "\n❗️Error: Access denied\n", 13},
+    // The console's text can't drive the terminal: no cursor moves, window
+    // titles or clipboard writes.
+    {{}, answer(401, R"({"message":"\u001b[2J\u001b]0;pwned\u0007\u001b]52;c;eA==\u0007\r\tNo \u00e9\u009b1m\u007f\n"})"), false,
+     "\n❗️Error: \\x1b[2J\\x1b]0;pwned\\x07\\x1b]52;c;eA==\\x07\\x0d\tNo é\\x9b1m\\x7f\n\n", 13},
+    // Whatever the size of the answer, the tool holds at most 4 MiB of it.
+    {{}, endless, false, tooLarge, 47},
+    {{}, hundredMegabytes, false, tooLarge, 47},
+    {{}, dels, false, shownDels(), 13},
 };
 // clang-format on
 
@@ -286,6 +311,8 @@ TEST(AccountTest, SignsInWithTheConsoleNamedAndTellsItsAnswersApart) {
       e2e::replaceAll(text, "{closed}", closed.expand("{base}"));
       e2e::replaceAll(text, "{tls}",
                       "https" + scene.expand("{base}").substr(4));
+      e2e::replaceAll(text, "{BASE}",
+                      "HTTP" + scene.expand("{base}").substr(4));
       return scene.expand(text);
     };
     if (c.answer) {
@@ -329,6 +356,7 @@ TEST(AccountTest, SignsInWithTheConsoleNamedAndTellsItsAnswersApart) {
     EXPECT_EQ(run.out.substr(0, c.out.back() == '(' ? c.out.size() : -1),
               c.out);
     EXPECT_EQ(run.code, c.code);
+    e2e::expectBoundedMemory(run);
     EXPECT_EQ(scene.stored()["groupIdNum"], c.number);
     // Credentials that can't be sent safely are not sent at all.
     if (!c.answer && c.signIn.hostname == "{base}" && c.code) {
@@ -369,9 +397,9 @@ const StoreCase storeCases[] = {
     {Fault::fileAsFolder, SignIn{}, signInText + ioError + "❗️Error: Unable to save user info in macOS Keychain: I/O error (bummers)\n\n", 0},
     {Fault::folderAsLock, {"config", "--signout"},
      ioError + "\n❗️Error: Unable to signout - I/O error (bummers)\n", 21},
-    // A failed group change is only shown: the upload goes on.
+    // A group change that can't be stored ends the upload before it sends.
     {Fault::folderAsLock, {"upload", "-i", "a.pkg", "-m", "a.plist", "-g", "Org2"},
-     ioError + ioError + "\n\n\n❗️Error: The uploaded file is empty.\n", 33},
+     ioError + "\n❗️ERROR: Unknown error while editing the group id\n", 19},
 };
 // clang-format on
 

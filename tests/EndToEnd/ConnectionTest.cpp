@@ -39,11 +39,16 @@ struct Case {
 };
 
 const std::string with = " Authorization qm-tenant-code";
-const auto toLocalhost = std::make_pair(
-    mockconsole::Route::GroupSearch,
-    e2e::answer(307, "",
-                {{"Location", "https://localhost:{port}/api/system/groups/"
-                              "search?groupID=Org1"}}));
+// A redirect of the group lookup to \p to.
+std::pair<mockconsole::Route, mockconsole::Answer>
+redirect(int status, const std::string &to) {
+  return {mockconsole::Route::GroupSearch,
+          e2e::answer(status, "",
+                      {{"Location", to + "/api/system/groups/"
+                                         "search?groupID=Org1"}})};
+}
+const std::string notJson =
+    "\n❗️Error: Unable to get a valid JSON response\n";
 // Once the installer's 8 bytes are in.
 const auto blobDropped =
     std::make_pair(mockconsole::Route::UploadBlob, e2e::dropped(8));
@@ -63,9 +68,11 @@ const Case cases[] = {
     // A request is never sent twice, not even when its connection was reused.
     {false, {}, 1000, blobDropped, upload, "\n\n\n❗️Error: The network connection was lost (Empty reply from server)\n", 47,
      {"1" + with, "1" + with}, 1},
-    // Another origin gets a connection of its own and no credentials.
-    {true, {{"CURL_CA_BUNDLE", "{cert}"}}, 1000, toLocalhost, signIn, "\n❗️Error: User credentials are incorrect.\n", 13,
-     {"1" + with, "2"}, 2},
+    // A redirect to another origin is not followed, not even to a server
+    // that would take the lookup without credentials: the lookup's table
+    // answers the redirect.
+    {true, {{"CURL_CA_BUNDLE", "{cert}"}}, 1000, redirect(307, "https://localhost:{port}"), signIn, notJson, 12, {"1" + with}, 1},
+    {true, {{"CURL_CA_BUNDLE", "{cert}"}}, 1000, redirect(302, "{there}"), signIn, notJson, 12, {"1" + with}, 1},
 };
 // clang-format on
 
@@ -79,6 +86,12 @@ TEST(ConnectionTest, OneConnectionPerOriginAndOnlyTrustedCertificates) {
     if (c.tls)
       options.tlsSelfSigned = certificate;
     e2e::Scene scene(options);
+    // Plain HTTP elsewhere, answering any group lookup.
+    mockconsole::MockConsole there({.bindAddress = "127.0.0.2"});
+    there.scriptAnswer(
+        mockconsole::Route::GroupSearch,
+        e2e::answer(200, R"({"OrganizationGroups":[{"Id":1}]})"));
+    there.start();
     for (auto [name, value] : c.trust) {
       e2e::replaceAll(*value, "{cert}", certificate.string());
       scene.extra[name] = value;
@@ -88,8 +101,10 @@ TEST(ConnectionTest, OneConnectionPerOriginAndOnlyTrustedCertificates) {
     if (c.arguments == upload)
       scene.store(scene.account());
     if (auto first = c.first) {
-      for (auto &[name, value] : first->second.headers)
+      for (auto &[name, value] : first->second.headers) {
         e2e::replaceAll(value, "{port}", std::to_string(scene.con().getPort()));
+        e2e::replaceAll(value, "{there}", there.getBaseUrl());
+      }
       scene.con().scriptAnswer(first->first, 1, first->second);
     }
     e2e::Run run = scene.run(c.arguments);
@@ -103,6 +118,8 @@ TEST(ConnectionTest, OneConnectionPerOriginAndOnlyTrustedCertificates) {
         if (request.getHeader(name))
           log.back() += std::string(" ") + name;
     }
+    for (std::size_t i = 0; i < there.getRequests().size(); ++i)
+      log.push_back("elsewhere");
     EXPECT_EQ(log, c.log);
     EXPECT_EQ(scene.con().getConnectionCount(), c.connections);
   }

@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <functional>
 #include <map>
 #include <memory>
@@ -46,7 +47,20 @@ inline std::string withoutSpinner(const std::string &out) {
 struct Run {
   std::string out, err;
   int code = -1;
+  // The most memory the run held at once.
+  long peakMemoryKiB = 0;
 };
+
+// The tool holds less than 100 MiB at once, whatever the console sends. Not
+// checked in a build with AddressSanitizer, whose shadow memory and
+// quarantine of freed blocks take about as much by themselves.
+inline void expectBoundedMemory(const Run &run) {
+#ifndef __SANITIZE_ADDRESS__
+  EXPECT_LT(run.peakMemoryKiB, 100 * 1024);
+#else
+  (void)run;
+#endif
+}
 
 // A console that knows alice (password "s3cret", API key "tenant-key") and
 // the groups Org1 (570) and Org2 (571), and a HOME beside it. In arguments,
@@ -129,6 +143,9 @@ public:
       argument = expand(argument);
     arguments.insert(arguments.begin(), KESTRUNECLI_PATH);
     arguments.insert(arguments.begin(), wrapper.begin(), wrapper.end());
+    testsupport::TempDir measured;
+    const fs::path peak = measured.path() / "peak";
+    arguments.insert(arguments.begin(), {PEAK_MEMORY_PATH, peak.string()});
     testsupport::ProcessOptions options{
         Args(arguments.begin() + 1, arguments.end()), environment(), input};
     testsupport::ProcessResult result =
@@ -140,9 +157,18 @@ public:
                   text->find("tenant-key") == std::string::npos)
           << *text;
     Run run{withoutSpinner(result.standardOutput), result.standardError,
-            result.exitCode};
+            result.exitCode, std::atol(testsupport::readFile(peak).c_str())};
     replaceAll(run.out, console->getBaseUrl(), "{base}");
     return run;
+  }
+
+  // The tool with \p arguments, started and left running.
+  std::unique_ptr<testsupport::ChildProcess> start(Args arguments) const {
+    for (std::string &argument : arguments)
+      argument = expand(argument);
+    return std::make_unique<testsupport::ChildProcess>(
+        KESTRUNECLI_PATH,
+        testsupport::ProcessOptions{arguments, environment()});
   }
 
   // The tool with \p arguments as the job of a PseudoTerminal.

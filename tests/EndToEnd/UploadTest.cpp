@@ -189,6 +189,7 @@ void expectUpload(UploadScene &scene, const Args &arguments,
   EXPECT_EQ(run.out, out);
   EXPECT_EQ(run.err, "");
   EXPECT_EQ(run.code, code);
+  e2e::expectBoundedMemory(run);
   EXPECT_EQ(scene.requests(), requests);
 }
 
@@ -285,8 +286,13 @@ const AnswerCase answerCases[] = {
     {blobs, 1, answer(204, ""), notJson, 32},
     {blobs, 1, e2e::dropped(installerBytes.size()), at1 + error("The network connection was lost (Empty reply from server)"), 47},
     {blobs, 2, answer(400, R"({"message":"Bad plist"})"), e2e::uploaded({"installer"}, "") + at1 + error("Bad plist"), 33},
+    // Whatever the size of the answer, the tool holds at most 4 MiB of it.
+    {blobs, 1, {.status = 400, .body = R"({"message":""})", .repeated = {{.text = "Bad ", .at = 12, .bytes = 100'000'000}}},
+     at1 + error("The server's answer was too large (it was larger than 4 MiB)"), 47},
     {apps, 1, answer(409, R"({"message":"Exists"})"), two + error("Exists"), 52},
     {apps, 1, answer(200, R"({"message":"Exists"})"), two + error("Exists"), 52},
+    // The console's text can't drive the terminal.
+    {apps, 1, answer(409, R"({"message":"\u009b2J\u001b[5mExists"})"), two + error("\\x9b2J\\x1b[5mExists"), 52},
     {apps, 1, answer(500, "<html/>"), unknownApp, 53},
     {apps, 1, answer(200, "{}", {{"Location", "/a/1"}}), unknownApp, 53},
     // No connection at all is no network error here.
@@ -296,6 +302,9 @@ const AnswerCase answerCases[] = {
     {apps, 1, answer(201, "", {{"location", "/apps/7/"}}), e2e::uploaded({"installer", "metadata"}, "7"), 0},
     // The identifier is the Location's text, also beyond 64 bits.
     {apps, 1, answer(201, "", {{"Location", "/a/9223372036854775808"}}), e2e::uploaded({"installer", "metadata"}, "9223372036854775808"), 0},
+    {apps, 1, answer(201, "", {{"Location", "/a/%1b%5D0;7%07"}}), e2e::uploaded({"installer", "metadata"}, "\\x1b]0;7\\x07"), 0},
+    // A 201 tells that the application was made, however long its body.
+    {apps, 1, {.status = 201, .headers = {{"Location", "/a/7"}}, .repeated = {{.text = std::string(1024, ' ')}}}, e2e::uploaded({"installer", "metadata"}, "7"), 0},
 };
 // clang-format on
 

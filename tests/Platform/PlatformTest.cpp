@@ -5,6 +5,7 @@
 #include "Platform/PropertyList.h"
 #include "Platform/TerminalSize.h"
 #include "Platform/UrlReference.h"
+#include "Platform/UrlText.h"
 
 #include "Support/PseudoTerminal.h"
 #include "Support/TestSupport.h"
@@ -87,6 +88,21 @@ TEST(TextTest, SplitsUrlsIntoTheirPartsAsWritten) {
                                  std::string("http://h/\0", 10)};
   for (const std::string &text : invalid)
     EXPECT_EQ(partsOf(text), "invalid") << testing::PrintToString(text);
+}
+
+// Bytes that no valid answer can carry, and so no end-to-end test.
+TEST(TextTest, ShowsControlCharactersAsEscapes) {
+  const std::pair<std::string, std::string> rows[] = {
+      {"tab\tline\n \xc3\xa9 \xf0\x9f\x98\x80 \xc2\xa0 a\\x1b",
+       "tab\tline\n \xc3\xa9 \xf0\x9f\x98\x80 \xc2\xa0 a\\x1b"},
+      {std::string("\0\x01\x1b\r\x7f", 5), "\\x00\\x01\\x1b\\x0d\\x7f"},
+      {"\xc2\x80\xc2\x9b\xc2\x9f", "\\x80\\x9b\\x9f"},       // C1, as UTF-8
+      {"\x9b\x80 \xff\xe2\x9b", "\\x9b\\x80 \xff\xe2\\x9b"}, // lone bytes
+  };
+  for (const auto &[text, expected] : rows) {
+    SCOPED_TRACE(testing::PrintToString(text));
+    EXPECT_EQ(escapeControlCharacters(text), expected);
+  }
 }
 
 TEST(TextTest, ReadsATextFromXmlOrBinaryPropertyLists) {

@@ -179,6 +179,34 @@ private:
   httplib::ThreadPool pool;
 };
 
+/// At most \p size bytes from \p offset of \p answer's body with its
+/// repetition in place.
+std::string repeatedPiece(const Answer &answer, std::uint64_t offset,
+                          std::size_t size) {
+  const Answer::Repetition &repeated = *answer.repeated;
+  const std::string &text = repeated.text;
+  const std::size_t at = std::min(repeated.at, answer.body.size());
+  const std::uint64_t end = repeated.bytes ? at + *repeated.bytes : UINT64_MAX;
+  std::string piece;
+  while (piece.size() < size) {
+    const std::uint64_t position = offset + piece.size();
+    std::string_view next;
+    if (position < at) {
+      next = std::string_view(answer.body).substr(position, at - position);
+    } else if (position < end) {
+      std::size_t phase = (position - at) % text.size();
+      next = std::string_view(text).substr(phase, end - position);
+    } else if (std::uint64_t from = at + (position - end);
+               from < answer.body.size()) {
+      next = std::string_view(answer.body).substr(from);
+    } else {
+      break;
+    }
+    piece += next.substr(0, size - piece.size());
+  }
+  return piece;
+}
+
 /// The server for \p options: plain HTTP, or HTTPS with a certificate.
 std::unique_ptr<httplib::Server> makeServer(const Options &options) {
   if (options.tlsSelfSigned) {
@@ -572,6 +600,23 @@ void MockConsole::State::handle(Route route, const httplib::Request &request,
       contentType = value;
     else
       response.headers.emplace(name, value);
+  }
+  if (answer.repeated) {
+    // Made piece by piece as it goes out, so that no size costs memory.
+    auto send = [answer](std::size_t offset, httplib::DataSink &sink) {
+      std::string piece = repeatedPiece(answer, offset, 64 * 1024);
+      return sink.write(piece.data(), piece.size());
+    };
+    if (!answer.repeated->bytes) {
+      response.set_chunked_content_provider(contentType, send);
+      return;
+    }
+    response.set_content_provider(
+        answer.body.size() + *answer.repeated->bytes, contentType,
+        [send](std::size_t offset, std::size_t, httplib::DataSink &sink) {
+          return send(offset, sink);
+        });
+    return;
   }
   if (!answer.cutBodyAfter) {
     response.set_content(answer.body, contentType);

@@ -61,6 +61,17 @@ struct Answer {
   /// Declares the whole body's length but closes the connection after
   /// sending this many bytes of it.
   std::optional<std::size_t> cutBodyAfter{};
+  /// Text sent over and over inside the body: a body too large to hold.
+  struct Repetition {
+    /// Not empty.
+    std::string text;
+    /// Where in the body it goes.
+    std::size_t at = 0;
+    /// How many bytes of it in all; absent: without end, in chunks, until
+    /// the client hangs up.
+    std::optional<std::uint64_t> bytes{};
+  };
+  std::optional<Repetition> repeated{};
 };
 
 /// One request as the console received it.

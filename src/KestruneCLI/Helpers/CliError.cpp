@@ -28,14 +28,18 @@ const CaseInfo &infoFor(CliError::Case errorCase) {
 
 } // namespace
 
-CliError::CliError(Case errorCase, std::string payload)
-    : errorCase(errorCase), payload(std::move(payload)) {
+CliError::CliError(Case errorCase, std::string payload) : errorCase(errorCase) {
   const CaseInfo &info = infoFor(errorCase);
   if (!info.hasPayload)
-    this->payload.clear();
-  description = info.prefix;
-  if (info.hasPayload)
-    description += this->payload + info.suffix;
+    payload.clear();
+  const std::string_view prefix = info.prefix, suffix = info.suffix;
+  auto made = std::make_shared<Texts>();
+  // One allocation of the final size: a payload may be megabytes long.
+  made->description.reserve(prefix.size() + payload.size() + suffix.size());
+  made->description.append(prefix).append(payload).append(suffix);
+  made->payloadStart = prefix.size();
+  made->payloadLength = payload.size();
+  texts = std::move(made);
 }
 
 std::int32_t CliError::code() const noexcept { return infoFor(errorCase).code; }

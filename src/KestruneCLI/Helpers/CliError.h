@@ -3,7 +3,9 @@
 
 #include <cstdint>
 #include <exception>
+#include <memory>
 #include <string>
+#include <string_view>
 
 namespace kestrune {
 
@@ -90,29 +92,45 @@ public:
 #undef KESTRUNE_CASE_Y
 
   explicit CliError(Case errorCase, std::string payload = {});
+  // Copies only: a moved-from error would have no message.
+  CliError(const CliError &) noexcept = default;
+  CliError &operator=(const CliError &) noexcept = default;
 
   Case getCase() const noexcept { return errorCase; }
   /// The payload text; empty for cases without one.
-  const std::string &getPayload() const noexcept { return payload; }
+  std::string_view getPayload() const noexcept {
+    return std::string_view(texts->description)
+        .substr(texts->payloadStart, texts->payloadLength);
+  }
 
   /// The message of the case with the payload in its place.
-  const std::string &errorDescription() const noexcept { return description; }
+  const std::string &errorDescription() const noexcept {
+    return texts->description;
+  }
   /// The exit code of the case, independent of the payload.
   std::int32_t code() const noexcept;
   /// The case's name as declared, e.g. "networkError".
   const char *caseName() const noexcept;
 
-  const char *what() const noexcept override { return description.c_str(); }
+  const char *what() const noexcept override {
+    return texts->description.c_str();
+  }
 
   /// Same case and, for payload cases, equal payloads.
   friend bool operator==(const CliError &a, const CliError &b) noexcept {
-    return a.errorCase == b.errorCase && a.payload == b.payload;
+    return a.errorCase == b.errorCase && a.getPayload() == b.getPayload();
   }
 
 private:
+  /// The message, with the payload inside it. Copies of an error share it:
+  /// an error passed on and thrown costs no more memory however long a
+  /// payload the console sent, and copying it never throws.
+  struct Texts {
+    std::string description;
+    std::size_t payloadStart = 0, payloadLength = 0;
+  };
   Case errorCase;
-  std::string payload;
-  std::string description;
+  std::shared_ptr<const Texts> texts;
 };
 
 } // namespace kestrune

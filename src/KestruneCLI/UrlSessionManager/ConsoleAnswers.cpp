@@ -1,6 +1,7 @@
 #include "KestruneCLI/UrlSessionManager/ConsoleAnswers.h"
 
 #include "Platform/UrlReference.h"
+#include "Platform/UrlText.h"
 
 #include <nlohmann/json.hpp>
 
@@ -57,11 +58,18 @@ std::optional<std::int64_t> integerAt(const Json &object, const char *key) {
   return exactInteger(*found);
 }
 
+// What the console or the network says is printed: it comes with its
+// control characters shown as escapes, so that no answer can drive the
+// user's terminal.
+std::string inert(std::string_view text) {
+  return platform::escapeControlCharacters(text);
+}
+
 std::optional<std::string> messageOf(const Json &object) {
   auto found = object.find("message");
   if (found == object.end() || !found->is_string())
     return std::nullopt;
-  return found->get<std::string>();
+  return inert(found->get_ref<const std::string &>());
 }
 
 bool hasStatus(const std::optional<platform::HttpResponse> &response,
@@ -85,13 +93,13 @@ readAcceptedObject(const std::optional<std::string> &data,
                    const std::optional<platform::HttpError> &error,
                    const RouteErrors &errors) {
   if (error)
-    return CliError::networkError(error->description);
+    return CliError::networkError(inert(error->description));
   std::optional<Json> object = parseObject(data);
   if (!object)
     return errors.notJson;
   if (!hasStatus(response, 200)) {
     std::optional<std::string> message = messageOf(*object);
-    return message ? errors.withMessage(*message) : errors.unknown;
+    return message ? errors.withMessage(std::move(*message)) : errors.unknown;
   }
   return std::move(*object);
 }
@@ -152,14 +160,14 @@ readApplicationAnswer(const std::optional<std::string> &data,
         platform::UrlReference::parse(*location);
     if (!url)
       return {};
-    return {url->getLastPathComponent(), std::nullopt};
+    return {inert(url->getLastPathComponent()), std::nullopt};
   }
   std::optional<Json> object = parseObject(data);
   std::optional<std::string> message =
       object ? messageOf(*object) : std::nullopt;
-  return {std::nullopt,
-          message ? CliError::errorCreatingApplicationWithMessage(*message)
-                  : CliError::errorCreatingApplication()};
+  return {std::nullopt, message ? CliError::errorCreatingApplicationWithMessage(
+                                      std::move(*message))
+                                : CliError::errorCreatingApplication()};
 }
 
 } // namespace kestrune

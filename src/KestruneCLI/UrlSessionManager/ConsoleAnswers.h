@@ -12,7 +12,11 @@ namespace kestrune {
 
 /// What the console's answer to one request decides: the number (a group's
 /// Id, a blob's Value) or the error. Pure functions of the answer, so that
-/// the client's callbacks and the fuzz targets share them.
+/// the client's callbacks and the fuzz targets share them. The texts they
+/// take from the answer or the transport (the console's message, a failure's
+/// description, an application's identifier) come with their control
+/// characters shown as escapes, as platform::escapeControlCharacters shows
+/// them, so that printing them can't drive the terminal.
 struct AnswerOutcome {
   std::optional<std::int64_t> result;
   std::optional<CliError> error;

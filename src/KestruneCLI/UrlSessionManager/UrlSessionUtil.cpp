@@ -17,9 +17,6 @@ UrlSessionUtil::getUrlSession(const ConfigModel &config) const {
   }
   platform::HttpSessionConfiguration configuration;
   configuration.additionalHeaders = std::move(*headers);
-  // The API key is as secret as the password: neither follows a redirect
-  // to another server.
-  configuration.originBoundHeaders = {"Authorization", "qm-tenant-code"};
   return platform::HttpSession(std::move(configuration));
 }
 

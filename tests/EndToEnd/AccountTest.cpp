@@ -1,4 +1,5 @@
 #include "EndToEnd/Fixture.h"
+#include "Support/Texts.h"
 
 #include <algorithm>
 #include <future>
@@ -13,10 +14,10 @@ using e2e::Args;
 using mockconsole::Route;
 
 // clang-format off
-const std::string signInText = "\n💡-------------------------------------------💡\n\tYou have signed in successfully.\n\n";
-const std::string signedIn = signInText + "\n🔑Information has been successfully saved into secure macOS keychain.\n\n";
-const std::string signedOut = "\n🔐-------------------------------------------🔗\n\tYou have signed out successfully.\n\n";
-const std::string noUsername = "\n❗️Error: Username not found in the keychain. Please login again\n";
+const std::string signInText = texts::signedIn;
+const std::string signedIn = texts::signedIn + texts::saved;
+const std::string signedOut = texts::signedOut;
+const std::string noUsername = texts::error("Username not found in the keychain. Please login again");
 const std::string badHost = "❗️Error: Please check if the hostname is valid\n";
 const std::string note = " \n\n⚠️ Note: To prompt secure sign-in interactive terminal, please only enter GroupID and Hostname fields\n";
 // clang-format on
@@ -399,7 +400,7 @@ const StoreCase storeCases[] = {
      ioError + "\n❗️Error: Unable to signout - I/O error (bummers)\n", 21},
     // A group change that can't be stored ends the upload before it sends.
     {Fault::folderAsLock, {"upload", "-i", "a.pkg", "-m", "a.plist", "-g", "Org2"},
-     ioError + "\n❗️ERROR: Unknown error while editing the group id\n", 19},
+     ioError + texts::groupNotStored, 19},
 };
 // clang-format on
 

@@ -1,4 +1,5 @@
 #include "EndToEnd/Fixture.h"
+#include "Support/Texts.h"
 
 // The connections a run of kestrunecli opens to the console, over HTTP and
 // over HTTPS with certificate verification on, and the certificates it
@@ -8,10 +9,7 @@ namespace {
 
 using e2e::Args;
 
-const std::string signedIn =
-    "\n💡-------------------------------------------💡\n\tYou have signed in "
-    "successfully.\n\n\n🔑Information has been successfully saved into "
-    "secure macOS keychain.\n\n";
+const std::string signedIn = texts::signedIn + texts::saved;
 const std::string untrusted =
     "\n❗️Error: A secure connection to the server "
     "could not be made (SSL certificate problem: "

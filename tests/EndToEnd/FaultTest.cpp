@@ -1,4 +1,5 @@
 #include "EndToEnd/Fixture.h"
+#include "Support/Texts.h"
 
 // The binary with one system call made to fail (tests/Support's
 // FaultInjection, preloaded): a sign-in, a group change or a sign-out whose
@@ -48,7 +49,7 @@ const Operation operations[] = {
      "\n❗️Error: Unable to save user info in macOS Keychain: {text}\n\n",
      0},
     {{"upload", "-i", "{dir}/a.pkg", "-m", "{dir}/a.plist", "-g", "Org2"},
-     "\n\n❗️ERROR: Unknown error while editing the group id\n",
+     "\n" + texts::groupNotStored,
      19},
     {{"config", "--signout"},
      "\n\n❗️Error: Unable to signout - {text}\n",

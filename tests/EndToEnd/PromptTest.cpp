@@ -1,5 +1,6 @@
 #include "EndToEnd/Fixture.h"
 #include "Support/PseudoTerminal.h"
+#include "Support/Texts.h"
 
 #include <csignal>
 
@@ -17,7 +18,6 @@ using testsupport::PseudoTerminal;
 
 const std::string user = "Enter the username: ", pass = "Enter the password: ",
                   key = "Enter the apiKey: ";
-const std::string signedIn = "You have signed in successfully.";
 
 // Pairs of what the user awaits (echo is off once a secret's prompt shows;
 // "^T": the job is stopped) and then does: type, or "^Z" (stop, with echo on
@@ -45,8 +45,7 @@ struct Dialog {
 // clang-format off
 const Dialog dialogs[] = {
     {"{base}", {user, "alice\n", pass, "s3cret\n", key, "tenant-key\n"}, ProcessEnd::exitedWith(0),
-     user + "alice\n" + pass + "\n" + key + "\n\n💡-------------------------------------------💡\n\t" +
-         signedIn + "\n\n\n🔑Information has been successfully saved into secure macOS keychain.\n\n"},
+     user + "alice\n" + pass + "\n" + key + "\n" + texts::signedIn + texts::saved},
     // An empty first answer is asked again, with a word.
     {"{base}", {user, "\n", emptyMessage("username"), "", user, "alice\n", pass, "\n", emptyMessage("password"), "",
                 pass, "s3cret\n", key, "\n", emptyMessage("apiKey"), "", key, "tenant-key\n"},
@@ -142,11 +141,7 @@ TEST(PromptTest, HidesTheSecretsAndAlwaysGivesTheEchoBack) {
 TEST(PromptTest, ReadsTheAnswersFromAPipeWithoutATerminal) {
   const std::pair<std::string, e2e::Run> cases[] = {
       {"alice\ns3cret\r\ntenant-key\n",
-       {user + "\n💡-------------------------------------------💡\n\t" +
-            signedIn +
-            "\n\n\n🔑Information has been successfully saved into secure "
-            "macOS keychain.\n\n",
-        pass + key, 0}},
+       {user + texts::signedIn + texts::saved, pass + key, 0}},
       {"",
        {user + "❗️Error: Exiting as the username entered is empty. Please "
                "try again to sign-in.\n",

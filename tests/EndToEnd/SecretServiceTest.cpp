@@ -1,5 +1,6 @@
 #include "EndToEnd/Fixture.h"
 #include "Support/PrivateSecretService.h"
+#include "Support/Texts.h"
 
 // The account of a user who has a Secret Service in some sessions and not in
 // others: one copy, kept by the store of the run, whatever another run or
@@ -9,8 +10,8 @@
 namespace {
 
 // clang-format off
-const std::string signedIn = "\n💡-------------------------------------------💡\n\tYou have signed in successfully.\n\n\n🔑Information has been successfully saved into secure macOS keychain.\n\n";
-const std::string signedOut = "\n🔐-------------------------------------------🔗\n\tYou have signed out successfully.\n\n";
+const std::string signedIn = texts::signedIn + texts::saved;
+const std::string signedOut = texts::signedOut;
 const e2e::Args signIn = {"config", "--signin", "-u", "alice", "-p", "s3cret", "-k", "tenant-key", "-o", "{base}", "-g", "Org1"};
 const e2e::Args upload = {"upload", "-i", "{dir}/a.pkg", "-m", "{dir}/a.plist", "-g", "Org2"};
 // clang-format on

@@ -1,4 +1,5 @@
 #include "EndToEnd/Fixture.h"
+#include "Support/Texts.h"
 
 #include <cstdint>
 
@@ -193,9 +194,7 @@ void expectUpload(UploadScene &scene, const Args &arguments,
   EXPECT_EQ(scene.requests(), requests);
 }
 
-std::string error(const std::string &text) {
-  return "\n❗️Error: " + text + "\n";
-}
+using texts::error;
 
 struct RefusalCase {
   Changes account;

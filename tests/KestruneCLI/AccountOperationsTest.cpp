@@ -1,4 +1,5 @@
 #include "KestruneCLI/Config/ConfigController.h"
+#include "Support/Texts.h"
 
 #include "Support/Doubles.h"
 #include "Support/MemoryItemStore.h"
@@ -34,12 +35,9 @@ Items with(Items items, const Items &changes) {
 }
 
 const std::string ioFailure = "OSStatus error:[-36] I/O error (bummers)\n";
-const std::string signedIn = "\n💡-------------------------------------------💡"
-                             "\n\tYou have signed in successfully.\n\n";
-const std::string saved = "\n🔑Information has been successfully saved into "
-                          "secure macOS keychain.\n\n";
-const std::string signedOut = "\n🔐-------------------------------------------"
-                              "🔗\n\tYou have signed out successfully.\n\n";
+using texts::saved;
+using texts::signedIn;
+using texts::signedOut;
 
 const Items nothing;
 
@@ -113,19 +111,16 @@ TEST(AccountOperationsTest, StoreFaultsSilentLookupsAndReturningExits) {
                    "login again\n",
        24, account},
       {"a group change whose lookup gives nothing changes nothing", account,
-       noFault, std::nullopt, editGroup,
-       "\n❗️ERROR: Unknown error while editing the group id\n", 19,
-       account},
+       noFault, std::nullopt, editGroup, texts::groupNotStored, 19, account},
       {"a group change whose number can't be written keeps the old pair",
        account, failing(Operation::updateItems, "groupIdNum"), 571, editGroup,
-       ioFailure + "\n❗️ERROR: Unknown error while editing the group id\n",
-       19, account},
+       ioFailure + texts::groupNotStored, 19, account},
       {"a group change into an account replaced meanwhile changes nothing",
        account,
        noFault,
        571,
        editGroup,
-       "\n❗️ERROR: Unknown error while editing the group id\n",
+       texts::groupNotStored,
        19,
        with(account, {{"username", "bob"}}),
        {{"username", "bob"}}},

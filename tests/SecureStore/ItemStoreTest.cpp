@@ -1,11 +1,13 @@
-// What a Keychain does on each real item store: the file store in a
-// temporary folder, then the Secret Service of the session bus (skipped
-// when none runs). One row per behaviour, each on a service of its own.
+// What a Keychain does on each item store: the one held in memory, the file
+// store in a temporary folder, then the Secret Service of the session bus
+// (skipped when none runs). One row per behaviour, each on a service of its
+// own.
 
 #include "SecureStore/FileItemStore.h"
 #include "SecureStore/SecConstants.h"
 #include "SecureStore/SecretServiceItemStore.h"
 #include "StoreTesting.h"
+#include "Support/MemoryItemStore.h"
 
 #include <random>
 
@@ -106,12 +108,30 @@ const struct Row {
        return s + *k.get("key");
      },
      "0 -25299 -25300 -25300 -25300 -50 v"},
+    {"a change that fails halfway leaves every item as it was",
+     [](const Keychain &k) {
+       k.set("old", "a");
+       k.set("kept", "c");
+       try {
+         k.transaction([](const Keychain &change) {
+           change.set("new", "a");
+           change.set("added", "b");
+           change.remove("c");
+           throw Status(Status::Case::io);
+         });
+       } catch (const Status &) {
+       }
+       k.transaction([](const Keychain &change) { change.set("whole", "b"); });
+       return scriptOutput(k, "get a , get b , get c");
+     },
+     "=> old\n=> whole\n=> kept\n"},
 };
 
 TEST(ItemStoreTest, KeepsItemsAsTheKeychainAsks) {
   testsupport::TempDir directory;
   std::string reason;
   std::unique_ptr<ItemStore> stores[] = {
+      std::make_unique<MemoryItemStore>(),
       std::make_unique<FileItemStore>(directory.path() / "keychain"),
       openSecretServiceItemStore(&reason)};
   for (const std::unique_ptr<ItemStore> &store : stores)

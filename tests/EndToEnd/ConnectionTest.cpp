@@ -24,7 +24,7 @@ const std::string systemBundle = "/etc/ssl/certs/ca-certificates.crt";
 struct Case {
   bool tls;
   // Variables of the run; "{cert}" stands for the console's certificate.
-  testsupport::Environment trust;
+  testsupport::Environment variables;
   std::size_t requestsPerConnection;
   // The answer to the first call of a route; "{port}" is the console's.
   std::optional<std::pair<mockconsole::Route, mockconsole::Answer>> first;
@@ -63,6 +63,12 @@ const Case cases[] = {
     {true, {{"CURL_CA_BUNDLE", "{cert}"}}, 1000, std::nullopt, signIn, signedIn, 0, {"1" + with}, 1},
     {true, {{"SSL_CERT_FILE", "{cert}"}}, 1000, std::nullopt, signIn, signedIn, 0, {"1" + with}, 1},
     {true, {{"CURL_CA_BUNDLE", systemBundle}, {"SSL_CERT_FILE", "{cert}"}}, 1000, std::nullopt, signIn, untrusted, 47, {}, 1},
+    // An empty variable counts as unset: no empty path, and no hiding the next.
+    {true, {{"CURL_CA_BUNDLE", ""}, {"SSL_CERT_FILE", ""}, {"SSL_CERT_DIR", ""}}, 1000, std::nullopt, signIn, untrusted, 47, {}, 1},
+    {true, {{"CURL_CA_BUNDLE", ""}, {"SSL_CERT_FILE", "{cert}"}}, 1000, std::nullopt, signIn, signedIn, 0, {"1" + with}, 1},
+    // A proxy whose name can't be resolved is told apart, and nothing connects.
+    {true, {{"https_proxy", "http://proxy.invalid:8888"}, {"no_proxy", ""}}, 1000, std::nullopt, signIn,
+     "\n❗️Error: The proxy server could not be found (Could not resolve proxy: proxy.invalid)\n", 47, {}, 0},
     // A request is never sent twice, not even when its connection was reused.
     {false, {}, 1000, blobDropped, upload, "\n\n\n❗️Error: The network connection was lost (Empty reply from server)\n", 47,
      {"1" + with, "1" + with}, 1},
@@ -90,7 +96,7 @@ TEST(ConnectionTest, OneConnectionPerOriginAndOnlyTrustedCertificates) {
         mockconsole::Route::GroupSearch,
         e2e::answer(200, R"({"OrganizationGroups":[{"Id":1}]})"));
     there.start();
-    for (auto [name, value] : c.trust) {
+    for (auto [name, value] : c.variables) {
       e2e::replaceAll(*value, "{cert}", certificate.string());
       scene.extra[name] = value;
     }

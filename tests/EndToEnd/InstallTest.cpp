@@ -45,6 +45,7 @@ protected:
 TEST_F(InstallTest, ShellsCompleteWithTheInstalledScripts) {
   struct Row { std::string shell, line, expected; };
   const std::vector<Row> rows = {
+      {"bash", "kestrunecli -", "-v\n--version\n-h\n--help\n"},
       {"bash", "kestrunecli up", "upload\n"},
       {"bash", "kestrunecli upload --ic", "--icon-path\n"},
       {"bash", "kestrunecli config -", "-n\n--signin\n-t\n--signout\n-l\n--list\n-u\n"
@@ -77,7 +78,8 @@ TEST_F(InstallTest, ShellsCompleteWithTheInstalledScripts) {
 }
 
 // Every option label of the tool's help, its value as the page writes it
-// (without angle brackets), stands on a line of the rendered page.
+// (without angle brackets), stands on a line of the rendered page, and the
+// synopsis brackets the options that may be left out.
 TEST_F(InstallTest, ManualPageIsCleanAndListsEveryOptionOfTheHelp) {
   const std::string script = R"(page=$1/share/man/man1/kestrunecli.1
 mandoc -Tlint -W warning "$page" || echo "mandoc: exit $?"
@@ -89,10 +91,17 @@ for sub in "" upload config; do
     while read -r label; do
       grep -qxF "       $label" <<<"$text" || echo "not in the page: $label"
     done
-done)";
+done
+sed -n '/^SYNOPSIS/,/^DESCRIPTION/p' <<<"$text")";
   testsupport::ProcessResult result = runProcess(
       "/bin/bash", {.arguments = {"-c", script, "bash", prefix}});
-  EXPECT_EQ(result.standardOutput, "");
+  EXPECT_EQ(result.standardOutput, R"(SYNOPSIS
+       kestrunecli [--version] command
+       kestrunecli upload --installer-path installer-path --metadata-path metadata-path [--icon-path icon-path] [--group-id group-id]
+       kestrunecli config [--signin] [--signout] [--list] [--username username] [--password password] [--api-key api-key] [--hostname hostname] [--group-id group-id]
+
+DESCRIPTION
+)");
   EXPECT_EQ(result.standardError, "");
   EXPECT_EQ(result.exitCode, 0);
 }

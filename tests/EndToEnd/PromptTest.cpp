@@ -40,6 +40,8 @@ struct Dialog {
   // Run as `printf 'alice\n' | timeout 5 kestrunecli ...` runs from a script
   // on a terminal: the username from a pipe, the job in a background group.
   bool inBackground = false;
+  // Started with SIGHUP ignored, as under nohup.
+  bool hangupIgnored = false;
 };
 
 // clang-format off
@@ -62,6 +64,9 @@ const Dialog dialogs[] = {
     {"{base}", {user, "alice\n", pass, "s3cret\n", key, "^SIG" + std::to_string(SIGTERM)},
      ProcessEnd::killedBy(SIGTERM), key},
     {"{base}", {user, "alice\n", pass, "^SIG" + std::to_string(SIGHUP)}, ProcessEnd::killedBy(SIGHUP), pass},
+    // Ignored from the start, SIGHUP stays ignored; SIGTERM still ends it.
+    {"{base}", {user, "alice\n", pass, "^SIG" + std::to_string(SIGHUP), "", "s3cret\n", key, "^SIG" + std::to_string(SIGTERM)},
+     ProcessEnd::killedBy(SIGTERM), key, false, true},
     // Ctrl-Z, then `fg`: the prompt shows again, with echo off again.
     {"{base}", {user, "alice\n", pass, "^Z", pass, "s3cret\n", key, "tenant-key\n"}, ProcessEnd::exitedWith(0),
      "keychain.\n\n"},
@@ -90,6 +95,11 @@ TEST(PromptTest, HidesTheSecretsAndAlwaysGivesTheEchoBack) {
         ::dup2(fds[0], STDIN_FILENO);
         ::close(fds[0]);
         ::close(fds[1]);
+        return job();
+      };
+    if (dialog.hangupIgnored)
+      job = [job] {
+        ::signal(SIGHUP, SIG_IGN);
         return job();
       };
     PseudoTerminal terminal(job, 80,

@@ -71,7 +71,7 @@ using Steps = std::vector<std::string>;
 struct Case {
   const char *name;
   std::string commandLine; // for sh -c, standard input from the long line
-  Steps steps;             // text to wait for, keys to type, and so on
+  Steps steps;             // text to wait for, keys or "^SIG" + a signal, ...
   ProcessEnd end;
   std::string shown;
 };
@@ -119,6 +119,13 @@ TEST(TerminalTest, ShowsWhatTheUserAwaitsAndGivesTheTerminalBack) {
        "exec " + tool + " upload -i " + dir + "/App.pkg -m " + dir +
            "/App.plist",
        Steps{"\x1b[?25l", "\x03"}, ProcessEnd::killedBy(SIGINT), "\x1b[?25h"},
+      // SIGHUP ignored from the start stays ignored; SIGTERM still ends it.
+      {"SIGHUP, then SIGTERM, while the spinner turns under nohup",
+       "trap '' HUP; exec " + tool + " upload -i " + dir + "/App.pkg -m " +
+           dir + "/App.plist",
+       Steps{"\x1b[?25l", "^SIG" + std::to_string(SIGHUP), "minutes", "",
+             "minutes", "", "minutes", "^SIG" + std::to_string(SIGTERM)},
+       ProcessEnd::killedBy(SIGTERM), "\x1b[?25h"},
   };
   for (const Case &c : cases) {
     SCOPED_TRACE(c.name);
@@ -129,7 +136,11 @@ TEST(TerminalTest, ShowsWhatTheUserAwaitsAndGivesTheTerminalBack) {
         [&] { return ::execl("/bin/sh", "sh", "-c", line.c_str(), nullptr); });
     for (std::size_t i = 0; i + 1 < c.steps.size(); i += 2) {
       ASSERT_TRUE(terminal.waitFor(c.steps[i])) << terminal.getTranscript();
-      terminal.type(c.steps[i + 1]);
+      const std::string &act = c.steps[i + 1];
+      if (act.rfind("^SIG", 0) == 0)
+        terminal.sendSignal(std::stoi(act.substr(4)));
+      else
+        terminal.type(act);
     }
     const std::optional<ProcessEnd> end = terminal.waitForEnd();
     EXPECT_EQ(end, c.end);

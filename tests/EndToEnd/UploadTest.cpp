@@ -68,6 +68,7 @@ struct UploadScene : e2e::Scene {
     testsupport::writeFile(dir() / "Big App&Co.pkg", installerBytes);
     testsupport::writeFile(dir() / "meta data+=#.plist", metadataBytes);
     testsupport::writeFile(dir() / "icon.png", iconBytes);
+    testsupport::writeFile(dir() / "a%b.pkg", installerBytes);
     std::filesystem::create_directory(dir() / "folder.plist");
     store(account());
     con().mapGroup("Top", top);
@@ -80,7 +81,14 @@ struct SuccessCase {
   std::int64_t firstBlob, firstApp;
   std::vector<std::string> requests;
   std::string number, application;
+  std::string installer = "Big App&Co.pkg";
 };
+
+const std::string noIcon = R"({
+  "pkgInfoBlobId": 102,
+  "isManagedInstall": true,
+  "applicationBlobId": 101
+})";
 
 // clang-format off
 const SuccessCase successCases[] = {
@@ -90,11 +98,7 @@ const SuccessCase successCases[] = {
   "applicationBlobId": 101,
   "applicationIconId":103
 })"},
-    {typed, 101, 4711, {I, M, A}, "570", R"({
-  "pkgInfoBlobId": 102,
-  "isManagedInstall": true,
-  "applicationBlobId": 101
-})"},
+    {typed, 101, 4711, {I, M, A}, "570", noIcon},
     // The group changes first, and for good.
     {with(typed, {"-g", "Org2"}), 5, 6,
      {"GET /api/system/groups/search?groupID=Org2",
@@ -124,6 +128,9 @@ const SuccessCase successCases[] = {
   "applicationBlobId": 9223372036854775805,
   "applicationIconId":9223372036854775807
 })"},
+    // A "%" of the file's name, typed "%25", goes out escaped again.
+    {{"upload", "-i", "{dir}/a%25b.pkg", "-m", "{dir}/meta%20data+=#.plist"}, 101, 4711,
+     {blob("a%25b.pkg", 570, "Application"), M, A}, "570", noIcon, "a%b.pkg"},
 };
 // clang-format on
 
@@ -169,8 +176,7 @@ TEST(UploadTest, PublishesTheFilesAsTheyAreAndTheApplicationThatTiesThem) {
     }
     EXPECT_EQ(scene.stored()["groupIdNum"], c.number);
     // The console keeps each blob under its file's own name.
-    const std::string files[] = {"Big App&Co.pkg", "meta data+=#.plist",
-                                 "icon.png"};
+    const std::string files[] = {c.installer, "meta data+=#.plist", "icon.png"};
     std::vector<mockconsole::StoredBlob> stored = scene.con().getBlobs();
     ASSERT_GE(stored.size(), 2u);
     for (std::size_t i = 0; i < stored.size(); ++i)

@@ -41,6 +41,11 @@ const std::string withNul(
     "\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\061",
     84);
 
+// An XML one whose version holds a raw NUL, which XML has no way to write:
+// "1.2\0beta".
+const std::string xmlWithNul =
+    std::string(xml).replace(xml.find("1.2"), 3, std::string("1.2\0beta", 8));
+
 struct VersionCase {
   // Where Info.plist stands in the bundle, with what; no bundle when empty.
   std::string path, content;
@@ -59,6 +64,8 @@ const VersionCase versionCases[] = {
     {"Info.plist", xml, "--version", "\nVersion: 1.2\n\n", 0},
     {"Contents/Info.plist", withNul, "-v",
      std::string("\nVersion: 1.2\0beta\n\n", 20), 0},
+    // An XML version ends at a NUL.
+    {"Contents/Info.plist", xmlWithNul, "--version", "\nVersion: 1.2\n\n", 0},
     {"", "", "--version", missing, 48},
     {"Contents/Info.plist", "not a property list", "-v", missing, 48},
     {"Contents/Info.plist", binary, "-v", "\nVersion: 1.2\n\n", 0, true},

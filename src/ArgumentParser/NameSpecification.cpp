@@ -1,7 +1,7 @@
 #include "ArgumentParser/NameSpecification.h"
 
-#include "ArgumentParser/Parsing/Graphemes.h"
 #include "ArgumentParser/Usage/StringExtensions.h"
+#include "Platform/Graphemes.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -30,7 +30,8 @@ Name NameElement::makeName(const InputKey &key) const {
     return withSingleDash ? Name::makeLongWithSingleDash(text)
                           : Name::makeLong(text);
   case Kind::Short: {
-    std::vector<std::string_view> characters = splitGraphemes(key.rawValue);
+    std::vector<std::string_view> characters =
+        platform::splitGraphemes(key.rawValue);
     if (characters.empty()) {
       std::fprintf(stderr,
                    "Key '%s' has not characters to form short option name.\n",

@@ -1,5 +1,7 @@
 #include "Platform/HttpMessage.h"
 
+#include "Platform/AsciiText.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
@@ -20,19 +22,6 @@ public:
 };
 
 namespace {
-
-bool equalsIgnoringCase(std::string_view a, std::string_view b) {
-  if (a.size() != b.size())
-    return false;
-  for (std::size_t i = 0; i < a.size(); ++i) {
-    auto lower = [](char c) {
-      return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c;
-    };
-    if (lower(a[i]) != lower(b[i]))
-      return false;
-  }
-  return true;
-}
 
 class BytesContent final : public HttpBody::Content {
 public:

@@ -34,11 +34,11 @@ namespace platform {
 ///   way out: after the line, at the end of input, on a read error, and when
 ///   SIGINT, SIGTERM, SIGHUP or SIGQUIT arrives while waiting; those signals
 ///   are then raised again with their default action (see also
-///   noteCursorHidden, which shares these handlers). SIGTSTP (Ctrl-Z)
-///   restores the settings and stops the process; when it is continued in the
-///   foreground, echo is turned off again, the prompt is shown again and the
-///   read goes on. Signals that the process ignores or handles itself are left
-///   alone.
+///   noteCursorHidden in TerminalSignals.h, which shares these handlers).
+///   SIGTSTP (Ctrl-Z) restores the settings and stops the process; when it is
+///   continued in the foreground, echo is turned off again, the prompt is shown
+///   again and the read goes on. Signals that the process ignores or handles
+///   itself are left alone.
 /// - In a background process group of its terminal, the prompt first waits,
 ///   stopped by SIGTTOU as job control stops any process that would change a
 ///   terminal it does not own, with the settings untouched and no handler in
@@ -57,19 +57,6 @@ namespace platform {
 /// answered nothing. Returns std::nullopt only on a read error.
 [[nodiscard]] std::optional<std::string>
 readLineWithoutEcho(std::string_view prompt);
-
-/// Tells that the tool is about to hide the cursor on standard output (a
-/// spinner starts). Until the matching noteCursorShown, SIGINT, SIGTERM,
-/// SIGHUP and SIGQUIT, when the process leaves them to their default action,
-/// first show the cursor again ("\x1b[?25h" on standard output, and echo
-/// back on when a prompt has it off) and then end the process by the same
-/// signal, so the user's shell gets its terminal back as it was and sees the
-/// usual status. Calls nest and may come from any thread.
-void noteCursorHidden();
-
-/// Tells that the cursor hidden since the matching noteCursorHidden has been
-/// shown again.
-void noteCursorShown();
 
 } // namespace platform
 

@@ -2,7 +2,7 @@
 
 #include "Platform/Graphemes.h"
 #include "Platform/StandardOutput.h"
-#include "Platform/TerminalPrompt.h"
+#include "Platform/TerminalSignals.h"
 #include "TextStyling/TextStyling.h"
 
 #include <cassert>

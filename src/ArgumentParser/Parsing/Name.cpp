@@ -1,6 +1,6 @@
 #include "ArgumentParser/Parsing/Name.h"
 
-#include "ArgumentParser/Parsing/Graphemes.h"
+#include "Platform/Graphemes.h"
 
 #include <algorithm>
 
@@ -52,7 +52,7 @@ ParsedArgument::subarguments() const {
   if (value || name.getKind() != Name::Kind::LongWithSingleDash)
     return result;
   int offset = 0;
-  for (std::string_view character : splitGraphemes(name.getText()))
+  for (std::string_view character : platform::splitGraphemes(name.getText()))
     result.emplace_back(
         offset++, ParsedArgument(Name::makeShort(std::string(character))));
   return result;

@@ -1,7 +1,7 @@
 #include "ArgumentParser/Parsing/SplitArguments.h"
 
-#include "ArgumentParser/Parsing/Graphemes.h"
 #include "ArgumentParser/Parsing/ParserError.h"
+#include "Platform/Graphemes.h"
 
 #include <algorithm>
 #include <unordered_set>
@@ -23,7 +23,7 @@ namespace {
 // The name a single-dash remainder without "=" stands for: one character is a
 // short name, more are a long name written with one dash.
 Name singleDashName(std::string_view text) {
-  if (countGraphemes(text) == 1)
+  if (platform::countGraphemes(text) == 1)
     return Name::makeShort(std::string(text));
   return Name::makeLongWithSingleDash(std::string(text));
 }
@@ -47,7 +47,8 @@ SplitArguments::SplitArguments(std::vector<std::string> arguments)
   for (std::size_t i = 0; i < originalInput.size(); ++i) {
     const int position = static_cast<int>(i);
     const std::string &argument = originalInput[i];
-    std::vector<std::string_view> characters = splitGraphemes(argument);
+    std::vector<std::string_view> characters =
+        platform::splitGraphemes(argument);
     std::size_t dashes = 0;
     while (dashes < characters.size() && characters[dashes] == "-")
       ++dashes;
@@ -84,7 +85,8 @@ SplitArguments::SplitArguments(std::vector<std::string> arguments)
 
 void SplitArguments::appendOption(int position, std::string_view remainder,
                                   bool singleDash) {
-  std::vector<std::string_view> characters = splitGraphemes(remainder);
+  std::vector<std::string_view> characters =
+      platform::splitGraphemes(remainder);
   std::size_t equals = findEquals(characters);
 
   if (!singleDash) {

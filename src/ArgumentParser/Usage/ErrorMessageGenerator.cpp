@@ -1,8 +1,8 @@
 #include "ArgumentParser/Usage/ErrorMessageGenerator.h"
 
 #include "ArgumentParser/Errors.h"
-#include "ArgumentParser/Parsing/Graphemes.h"
 #include "ArgumentParser/Usage/StringExtensions.h"
+#include "Platform/Graphemes.h"
 
 namespace argparse {
 
@@ -114,7 +114,7 @@ std::string ErrorMessageGenerator::duplicateExclusiveValuesMessage() const {
     const std::string &input = error.originalInput[inputIndex];
     if (index.isComplete())
       return "flag '" + input + "'";
-    std::vector<std::string_view> characters = splitGraphemes(input);
+    std::vector<std::string_view> characters = platform::splitGraphemes(input);
     const auto offset = static_cast<std::size_t>(*index.subIndex) + 1;
     std::string letter =
         offset < characters.size() ? std::string(characters[offset]) : "";

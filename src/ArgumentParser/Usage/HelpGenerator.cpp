@@ -1,8 +1,8 @@
 #include "ArgumentParser/Usage/HelpGenerator.h"
 
-#include "ArgumentParser/Parsing/Graphemes.h"
 #include "ArgumentParser/Usage/StringExtensions.h"
 #include "ArgumentParser/Usage/UsageGenerator.h"
+#include "Platform/Graphemes.h"
 #include "Platform/TerminalSize.h"
 
 #include <algorithm>
@@ -170,10 +170,10 @@ HelpGenerator::Section::Element::rendered(std::size_t screenWidth) const {
   if (!abstract.empty()) {
     const std::string wrappedAbstract =
         wrapped(abstract, screenWidth, labelColumnWidth);
-    const std::size_t labelLength = countGraphemes(paddedLabel);
+    const std::size_t labelLength = platform::countGraphemes(paddedLabel);
     if (labelLength < labelColumnWidth) {
       std::vector<std::string_view> characters =
-          splitGraphemes(wrappedAbstract);
+          platform::splitGraphemes(wrappedAbstract);
       for (std::size_t i = labelLength; i < characters.size(); ++i)
         renderedAbstract.append(characters[i]);
     } else {

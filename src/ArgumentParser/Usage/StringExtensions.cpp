@@ -1,6 +1,6 @@
 #include "ArgumentParser/Usage/StringExtensions.h"
 
-#include "ArgumentParser/Parsing/Graphemes.h"
+#include "Platform/Graphemes.h"
 
 #include <algorithm>
 #include <numeric>
@@ -49,7 +49,7 @@ void addLinesSplitAtBreaks(const Characters &characters, std::size_t from,
 
 std::string wrapped(std::string_view text, std::size_t columns,
                     std::size_t wrappingIndent) {
-  Characters characters = splitGraphemes(text);
+  Characters characters = platform::splitGraphemes(text);
   const std::size_t count = characters.size();
   std::vector<std::string> lines;
   // A width of zero is a width like any other (every word goes on a line
@@ -101,20 +101,21 @@ std::string wrapped(std::string_view text, std::size_t columns,
 
 std::string convertedToSnakeCase(std::string_view text,
                                  std::string_view separator) {
-  Characters characters = splitGraphemes(text);
+  Characters characters = platform::splitGraphemes(text);
   std::string result;
   bool boundary = false;
   for (std::size_t i = 0; i < characters.size(); ++i) {
     std::string_view character = characters[i];
-    if (isUppercase(character)) {
+    if (platform::isUppercase(character)) {
       if (boundary && !result.empty())
         result.append(separator);
-      boundary = i + 2 < characters.size() && isUppercase(characters[i + 1]) &&
-                 isLowercase(characters[i + 2]);
+      boundary = i + 2 < characters.size() &&
+                 platform::isUppercase(characters[i + 1]) &&
+                 platform::isLowercase(characters[i + 2]);
     } else {
       boundary = character != separator;
     }
-    result.append(lowercased(character));
+    result.append(platform::lowercased(character));
   }
   return result;
 }
@@ -132,8 +133,8 @@ std::string addingPrefixWithAutodetectedStyle(std::string_view name,
 }
 
 std::size_t editDistance(std::string_view a, std::string_view b) {
-  Characters left = splitGraphemes(a);
-  Characters right = splitGraphemes(b);
+  Characters left = platform::splitGraphemes(a);
+  Characters right = platform::splitGraphemes(b);
   if (left.empty())
     return right.size();
   if (right.empty())

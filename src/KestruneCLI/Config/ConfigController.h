@@ -1,7 +1,7 @@
 #ifndef KESTRUNECLI_CONFIG_CONFIGCONTROLLER_H
 #define KESTRUNECLI_CONFIG_CONFIGCONTROLLER_H
 
-#include "KestruneCLI/Config/ConfigModel.h"
+#include "KestruneCLI/Helpers/ConfigModel.h"
 #include "KestruneCLI/Helpers/DarwinProtocol.h"
 #include "KestruneCLI/UrlSessionManager/URLSessionManagerProtocol.h"
 #include "SecureStore/Keychain.h"

@@ -1,8 +1,8 @@
 #ifndef KESTRUNECLI_URLSESSIONMANAGER_URLSESSIONMANAGERPROTOCOL_H
 #define KESTRUNECLI_URLSESSIONMANAGER_URLSESSIONMANAGERPROTOCOL_H
 
-#include "KestruneCLI/Config/ConfigModel.h"
 #include "KestruneCLI/Helpers/CliError.h"
+#include "KestruneCLI/Helpers/ConfigModel.h"
 #include "KestruneCLI/UrlSessionManager/BlobType.h"
 #include "Platform/HttpMessage.h"
 

@@ -1,7 +1,7 @@
 #ifndef KESTRUNECLI_URLSESSIONMANAGER_URLSESSIONUTILPROTOCOL_H
 #define KESTRUNECLI_URLSESSIONMANAGER_URLSESSIONUTILPROTOCOL_H
 
-#include "KestruneCLI/Config/ConfigModel.h"
+#include "KestruneCLI/Helpers/ConfigModel.h"
 #include "Platform/HttpSession.h"
 
 #include <optional>

@@ -1,9 +1,9 @@
 #ifndef KESTRUNECLI_HELPERS_APIAUTHMANAGER_AUTHMANAGER_H
 #define KESTRUNECLI_HELPERS_APIAUTHMANAGER_AUTHMANAGER_H
 
-#include "KestruneCLI/Config/ConfigModel.h"
 #include "KestruneCLI/Helpers/APIAuthManager/AuthUtilProtocol.h"
 #include "KestruneCLI/Helpers/CliError.h"
+#include "KestruneCLI/Helpers/ConfigModel.h"
 #include "KestruneCLI/Helpers/DarwinProtocol.h"
 
 #include <functional>

@@ -1,5 +1,6 @@
 #include "Platform/HttpSession.h"
 
+#include "Platform/AsciiText.h"
 #include "Platform/UrlReference.h"
 
 #include <curl/curl.h>
@@ -155,10 +156,6 @@ std::string toLower(std::string text) {
   return text;
 }
 
-bool equalsIgnoringCase(std::string_view a, std::string_view b) {
-  return toLower(std::string(a)) == toLower(std::string(b));
-}
-
 const char *sentenceFor(CURLcode code) {
   switch (code) {
   case CURLE_COULDNT_RESOLVE_HOST:
@@ -265,7 +262,7 @@ std::optional<HttpError> checkHost(const std::string &url, CURLU *parsed) {
   std::string read = partOf(parsed, CURLUPART_HOST).value_or("");
   if (read.size() > 1 && read.front() == '[' && read.back() == ']')
     read = read.substr(1, read.size() - 2);
-  if (toLower(named) != toLower(read))
+  if (!equalsIgnoringCase(named, read))
     return HttpError{"The URL is not supported (its host '" + named +
                      "' would be read as '" + read + "')"};
   return std::nullopt;

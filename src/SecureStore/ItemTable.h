@@ -1,8 +1,9 @@
 #ifndef KESTRUNECLI_SECURESTORE_ITEMTABLE_H
 #define KESTRUNECLI_SECURESTORE_ITEMTABLE_H
 
-// Private to SecureStore: the query semantics that every item store shares,
-// applied to a list of items held in memory.
+// The query semantics that every item store shares, applied to a list of
+// items held in memory: the stores of SecureStore build on it, and so does
+// the tests' memory store (tests/Support/MemoryItemStore.h).
 
 #include "SecureStore/ItemStore.h"
 

@@ -37,10 +37,6 @@ BlobTraits traitsOf(BlobType blobType) {
   return {"", "", ""};
 }
 
-/// The cells that a callback fills on the client's thread and the caller
-/// reads after its wait.
-using ResultCells = AnswerOutcome;
-
 using AnswerReader =
     std::function<void(const std::optional<std::string> &data,
                        const std::optional<platform::HttpResponse> &response,
@@ -103,7 +99,7 @@ void UrlSessionManager::fetchGroupIdNum(
     const ConfigModel &config, const std::string &groupApiStr,
     const std::string &groupId, const UrlSessionUtilProtocol &urlSessionUtil,
     const NumberCompletion &completion) const {
-  auto cells = std::make_shared<ResultCells>();
+  auto cells = std::make_shared<AnswerOutcome>();
   std::optional<platform::HttpSession> session =
       urlSessionUtil.getUrlSession(config);
   if (!session) {
@@ -131,7 +127,7 @@ void UrlSessionManager::doUploadBlob(
     const ConfigModel &config, const platform::HttpBody &binaryBody,
     const std::string &binaryName, const UrlSessionUtilProtocol &urlSessionUtil,
     BlobType blobType, const NumberCompletion &completion) const {
-  auto cells = std::make_shared<ResultCells>();
+  auto cells = std::make_shared<AnswerOutcome>();
   std::optional<platform::HttpSession> session =
       urlSessionUtil.getUrlSession(config);
   if (!session) {
@@ -192,7 +188,7 @@ void UrlSessionManager::doFinalUpload(
     std::int64_t installerValue, std::optional<std::int64_t> iconValue,
     const UrlSessionUtilProtocol &urlSessionUtil,
     const ErrorCompletion &completion) const {
-  auto cells = std::make_shared<ResultCells>();
+  auto cells = std::make_shared<AnswerOutcome>();
   std::optional<platform::HttpSession> session =
       urlSessionUtil.getUrlSession(config);
   if (!session) {

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <string>
+#include <unistd.h>
 
 namespace platform {
 
@@ -20,5 +21,7 @@ void printLine(std::string_view text) {
   writeOut(line);
   flushOut();
 }
+
+bool isStandardOutputTerminal() { return ::isatty(STDOUT_FILENO) == 1; }
 
 } // namespace platform

@@ -16,6 +16,9 @@ void flushOut();
 /// every message of the tool.
 void printLine(std::string_view text);
 
+/// Whether standard output is a terminal.
+[[nodiscard]] bool isStandardOutputTerminal();
+
 } // namespace platform
 
 #endif

@@ -1,26 +1,11 @@
 #include "TextStyling/OutputTarget.h"
 
-#include <cstdio>
+#include "Platform/AsciiText.h"
+#include "Platform/StandardOutput.h"
+
 #include <cstdlib>
-#include <unistd.h>
 
 namespace styling {
-namespace {
-
-bool equalsIgnoringAsciiCase(std::string_view text, std::string_view lower) {
-  if (text.size() != lower.size())
-    return false;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    char c = text[i];
-    if (c >= 'A' && c <= 'Z')
-      c = static_cast<char>(c - 'A' + 'a');
-    if (c != lower[i])
-      return false;
-  }
-  return true;
-}
-
-} // namespace
 
 OutputTarget decideOutputTarget(std::optional<std::string_view> xcodeColors,
                                 std::optional<std::string_view> term,
@@ -29,7 +14,7 @@ OutputTarget decideOutputTarget(std::optional<std::string_view> xcodeColors,
     return OutputTarget::xcodeColors;
   // No character outside ASCII lower-cases to a letter of "dumb", so an
   // ASCII comparison is the whole Unicode one here.
-  if (term && !equalsIgnoringAsciiCase(*term, "dumb") && stdoutIsTerminal)
+  if (term && !platform::equalsIgnoringCase(*term, "dumb") && stdoutIsTerminal)
     return OutputTarget::console;
   return OutputTarget::unknown;
 }
@@ -44,7 +29,7 @@ OutputTarget currentOutputTarget() {
   if (term)
     termView = *term;
   return decideOutputTarget(xcodeColorsView, termView,
-                            isatty(fileno(stdout)) == 1);
+                            platform::isStandardOutputTerminal());
 }
 
 std::optional<std::string> getEnvValue(const char *name) {

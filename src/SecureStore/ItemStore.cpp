@@ -1,5 +1,6 @@
 #include "SecureStore/ItemStore.h"
 
+#include "Platform/UserFolders.h"
 #include "SecureStore/FileItemStore.h"
 #include "SecureStore/ItemTable.h"
 #include "SecureStore/SecConstants.h"
@@ -7,8 +8,6 @@
 
 #include <cstdlib>
 #include <memory>
-#include <pwd.h>
-#include <unistd.h>
 
 namespace securestore {
 
@@ -143,20 +142,6 @@ void ItemStore::readSnapshot(const std::function<void(ItemStore &)> &read) {
 
 namespace {
 
-std::filesystem::path homeDirectory() {
-  if (const char *home = std::getenv("HOME"); home && *home)
-    return home;
-  long size = ::sysconf(_SC_GETPW_R_SIZE_MAX);
-  std::string buffer(size > 0 ? static_cast<std::size_t>(size) : 16384, '\0');
-  struct passwd entry {};
-  struct passwd *found = nullptr;
-  if (::getpwuid_r(::getuid(), &entry, buffer.data(), buffer.size(), &found) ==
-          0 &&
-      found && found->pw_dir && *found->pw_dir)
-    return found->pw_dir;
-  return std::filesystem::temp_directory_path();
-}
-
 // One copy of the account: every call goes to the store chosen for the run,
 // and once it has written or deleted an item of a service there, the other
 // store keeps no item of that service: the items of a service make up one
@@ -250,7 +235,7 @@ std::filesystem::path defaultFileStorePath() {
       xdg && *xdg && std::filesystem::path(xdg).is_absolute())
     dataHome = xdg;
   else
-    dataHome = homeDirectory() / ".local" / "share";
+    dataHome = platform::homeDirectory() / ".local" / "share";
   return dataHome / "kestrune-cli" / "keychain";
 }
 

@@ -35,6 +35,26 @@ void updateFlag(const InputKey &key, const std::any &value,
 
 namespace detail {
 
+/// The update of a flag that stores \p value under \p key by
+/// \p exclusivity, sharing \p hasUpdated with the other flags of the key.
+template <typename U>
+ArgumentDefinition::NullaryUpdate flagUpdate(InputKey key, U value,
+                                             std::shared_ptr<bool> hasUpdated,
+                                             FlagExclusivity exclusivity) {
+  return ArgumentDefinition::NullaryUpdate(
+      [key, value, hasUpdated, exclusivity](const InputOrigin &origin,
+                                            const std::optional<Name> &,
+                                            ParsedValues &values) {
+        updateFlag(
+            key, value,
+            [value](const std::any &stored) {
+              const U *v = std::any_cast<U>(&stored);
+              return v && *v == value;
+            },
+            origin, values, *hasUpdated, exclusivity);
+      });
+}
+
 std::vector<Name> prefixedNames(const std::vector<Name> &names,
                                 const std::string &prefix);
 
@@ -139,18 +159,8 @@ private:
           values.set(key, initial, origin);
         };
       }
-      definition.update = ArgumentDefinition::NullaryUpdate(
-          [key, value, hasUpdated, exclusivity](const InputOrigin &origin,
-                                                const std::optional<Name> &,
-                                                ParsedValues &values) {
-            updateFlag(
-                key, value,
-                [value](const std::any &stored) {
-                  const bool *b = std::any_cast<bool>(&stored);
-                  return b && *b == value;
-                },
-                origin, values, *hasUpdated, exclusivity);
-          });
+      definition.update =
+          detail::flagUpdate(key, value, hasUpdated, exclusivity);
       definitions.push_back(std::move(definition));
     }
     return ArgumentSet(std::move(definitions));
@@ -211,18 +221,8 @@ private:
           values.set(key, *initial, origin);
         };
       U value = c.value;
-      definition.update = ArgumentDefinition::NullaryUpdate(
-          [key, value, hasUpdated, exclusivity](const InputOrigin &origin,
-                                                const std::optional<Name> &,
-                                                ParsedValues &values) {
-            updateFlag(
-                key, value,
-                [value](const std::any &stored) {
-                  const U *v = std::any_cast<U>(&stored);
-                  return v && *v == value;
-                },
-                origin, values, *hasUpdated, exclusivity);
-          });
+      definition.update =
+          detail::flagUpdate(key, value, hasUpdated, exclusivity);
       definitions.push_back(std::move(definition));
     }
     return ArgumentSet(std::move(definitions));

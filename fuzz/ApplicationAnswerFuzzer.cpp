@@ -15,18 +15,17 @@ using fuzzsupport::require;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data,
                                       std::size_t size) {
-  FuzzedDataProvider input(data, size);
-  if (input.ConsumeBool()) {
-    const std::string id =
-        std::to_string(input.ConsumeIntegral<std::uint64_t>());
-    const std::string name = input.ConsumeBool() ? "Location" : "location";
-    const std::string slash = input.ConsumeBool() ? "/" : "";
+  fuzzsupport::FuzzInput input(data, size);
+  if (input.takeBool()) {
+    const std::string id = std::to_string(input.takeIntegral<std::uint64_t>());
+    const std::string name = input.takeBool() ? "Location" : "location";
+    const std::string slash = input.takeBool() ? "/" : "";
     platform::HttpResponse response{
         201,
         {{"Content-Type", "application/json"},
          {name, "https://uem.example/api/mam/apps/internal/" + id + slash}}};
-    kestrune::ApplicationOutcome outcome = kestrune::readApplicationAnswer(
-        input.ConsumeRemainingBytesAsString(), response);
+    kestrune::ApplicationOutcome outcome =
+        kestrune::readApplicationAnswer(input.takeRemainingText(), response);
     require(outcome.identifier == id && !outcome.error,
             "the Location's last path component names the application");
     return 0;

@@ -4,10 +4,9 @@
 // What the fuzz targets share: stopping on a broken invariant, and the
 // decoding of an input into one answer of the console.
 
+#include "FuzzInput.h"
 #include "Platform/HttpMessage.h"
 #include "Platform/UrlText.h"
-
-#include <fuzzer/FuzzedDataProvider.h>
 
 #include <cstdio>
 #include <optional>
@@ -54,25 +53,24 @@ inline constexpr long knownStatuses[] = {200, 201, 204, 400, 401,
 /// An answer from \p input: whether a response came and its status (one of
 /// the known ones or any number), up to four header fields, whether the
 /// transport failed and why, and the body (the rest of the input).
-inline Answer decodeAnswer(FuzzedDataProvider &input) {
+inline Answer decodeAnswer(FuzzInput &input) {
   Answer answer;
-  if (input.ConsumeBool()) {
+  if (input.takeBool()) {
     platform::HttpResponse response;
-    response.statusCode = input.ConsumeBool()
-                              ? input.PickValueInArray(knownStatuses)
-                              : input.ConsumeIntegralInRange<long>(-1, 1000);
-    const int fields = input.ConsumeIntegralInRange(0, 4);
+    response.statusCode = input.takeBool()
+                              ? input.pick(knownStatuses)
+                              : input.takeIntegralInRange<long>(-1, 1000);
+    const int fields = input.takeIntegralInRange(0, 4);
     for (int i = 0; i < fields; ++i) {
-      std::string name = input.ConsumeRandomLengthString(24);
-      response.headers.emplace_back(std::move(name),
-                                    input.ConsumeRandomLengthString(256));
+      std::string name = input.takeText(24);
+      response.headers.emplace_back(std::move(name), input.takeText(256));
     }
     answer.response = std::move(response);
   }
-  if (input.ConsumeBool())
-    answer.error = platform::HttpError{input.ConsumeRandomLengthString(64)};
-  if (input.ConsumeBool())
-    answer.data = input.ConsumeRemainingBytesAsString();
+  if (input.takeBool())
+    answer.error = platform::HttpError{input.takeText(64)};
+  if (input.takeBool())
+    answer.data = input.takeRemainingText();
   return answer;
 }
 

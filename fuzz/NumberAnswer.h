@@ -25,13 +25,13 @@ inline void checkNumberRoute(const std::uint8_t *data, std::size_t size,
                              Reader read,
                              std::initializer_list<std::int32_t> errorCodes,
                              std::string (*wrap)(const std::string &)) {
-  FuzzedDataProvider input(data, size);
-  if (input.ConsumeBool()) {
+  FuzzInput input(data, size);
+  if (input.takeBool()) {
     // A well-formed success: the number comes back as it went in, whatever
     // its size or form (5 and 5.0 are the same integer).
-    const auto number = input.ConsumeIntegral<std::int64_t>();
+    const auto number = input.takeIntegral<std::int64_t>();
     std::string text = std::to_string(number);
-    if (input.ConsumeBool() && number > -(1LL << 52) && number < (1LL << 52))
+    if (input.takeBool() && number > -(1LL << 52) && number < (1LL << 52))
       text += ".0";
     platform::HttpResponse response{200, {}};
     kestrune::AnswerOutcome outcome = read(wrap(text), response, std::nullopt);

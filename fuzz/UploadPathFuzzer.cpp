@@ -51,12 +51,12 @@ extern "C" int LLVMFuzzerInitialize(int *, char ***) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data,
                                       std::size_t size) {
-  FuzzedDataProvider input(data, size);
-  const std::string installer = input.ConsumeRandomLengthString(256);
-  const std::string metadata = input.ConsumeRandomLengthString(256);
+  fuzzsupport::FuzzInput input(data, size);
+  const std::string installer = input.takeText(256);
+  const std::string metadata = input.takeText(256);
   const std::optional<std::string> icon =
-      input.ConsumeBool() ? std::optional(input.ConsumeRemainingBytesAsString())
-                          : std::nullopt;
+      input.takeBool() ? std::optional(input.takeRemainingText())
+                       : std::nullopt;
   checkPath(installer);
   checkPath(metadata);
   if (icon)

@@ -1,206 +1,19 @@
-// The argument-parsing engine on command trees of its own: what the
-// kestrunecli commands never declare (typed values, defaults, arrays, flags of
-// every kind, positionals, subcommand trees, validation) and help wrapping.
+// The argument-parsing engine on the command trees of fuzz/CommandTrees.h:
+// what the kestrunecli commands never declare (typed values, defaults, arrays,
+// flags of every kind, positionals, subcommand trees, validation) and help
+// wrapping.
 #include "ArgumentParser/ArgumentParser.h"
 #include "ArgumentParser/Usage/HelpGenerator.h"
+#include "CommandTrees.h"
 
 #include <gtest/gtest.h>
 
-#include <optional>
 #include <sstream>
-#include <stdexcept>
 #include <string>
-#include <type_traits>
 #include <vector>
 
 namespace argtest {
-enum class Speed { fast, slow };
-enum class Level { low, high };
-} // namespace argtest
-
-template <> struct argparse::EnumerableFlag<argtest::Level> {
-  static std::vector<FlagCase<argtest::Level>> allCases() {
-    return {{argtest::Level::low, "low", ArgumentHelp("Go low")},
-            {argtest::Level::high, "high", ArgumentHelp("Go high")}};
-  }
-};
-template <> struct argparse::EnumerableFlag<argtest::Speed> {
-  static std::vector<FlagCase<argtest::Speed>> allCases() {
-    return {{argtest::Speed::fast, "fast"}, {argtest::Speed::slow, "slow"}};
-  }
-};
-
-namespace argtest {
 namespace {
-
-using namespace argparse;
-
-// What the last command's run() saw: its fields, each followed by a blank.
-std::string said;
-
-template <typename T> void record(const T &value) {
-  if constexpr (std::is_enum_v<T>)
-    said += std::to_string(static_cast<int>(value)) + " ";
-  else if constexpr (std::is_same_v<T, std::string>)
-    said += "'" + value + "' ";
-  else
-    said += (std::ostringstream() << value).str() + " ";
-}
-template <typename T> void record(const std::optional<T> &value) {
-  value ? record(*value) : void(said += "- ");
-}
-template <typename T> void record(const std::vector<T> &values) {
-  said += "[ ";
-  for (const T &value : values)
-    record(value);
-  said += "] ";
-}
-
-struct Values : ParsableCommand<Values> {
-  static constexpr std::string_view typeName = "Values";
-  int count = 0;
-  std::optional<int> port;
-  std::vector<int> numbers;
-  std::optional<std::string> scan, any;
-  std::vector<std::string> upTo, rest;
-  bool flagged = false;
-  static Arguments<Values> arguments() {
-    return {
-        option(&Values::count, "count").name(shortAndLong).defaultValue(3),
-        option(&Values::port, "port"),
-        option(&Values::numbers, "numbers"),
-        option(&Values::scan, "scan")
-            .parsing(SingleValueParsingStrategy::scanningForValue),
-        option(&Values::any, "any")
-            .parsing(SingleValueParsingStrategy::unconditional),
-        option(&Values::upTo, "upTo")
-            .parsing(ArrayParsingStrategy::upToNextOption),
-        option(&Values::rest, "rest").parsing(ArrayParsingStrategy::remaining),
-        flag(&Values::flagged, "flag"),
-    };
-  }
-  void run() override {
-    (record(count), record(port), record(numbers));
-    (record(scan), record(any), record(upTo), record(rest));
-    record(flagged);
-  }
-};
-
-struct Flags : ParsableCommand<Flags> {
-  static constexpr std::string_view typeName = "Flags";
-  bool alpha = false, beta = false, cache = true, color = false, abc = false;
-  std::optional<Speed> speed;
-  Level level = Level::low;
-  int verbose = 0;
-  std::optional<std::string> output;
-  static Arguments<Flags> arguments() {
-    return {
-        flag(&Flags::alpha, "alpha").name(shortAndLong),
-        flag(&Flags::beta, "beta").name(shortAndLong),
-        flag(&Flags::cache, "cache")
-            .inversion(FlagInversion::prefixedNo)
-            .defaultValue(true),
-        flag(&Flags::color, "color")
-            .inversion(FlagInversion::prefixedEnableDisable)
-            .defaultValue(false)
-            .exclusivity(FlagExclusivity::chooseLast),
-        flag(&Flags::speed, "speed"),
-        flag(&Flags::level, "level")
-            .defaultValue(Level::low)
-            .exclusivity(FlagExclusivity::chooseFirst),
-        flag(&Flags::verbose, "verbose").name({shortName, longName}),
-        flag(&Flags::abc, "abc").name(customLong("abc", true)),
-        option(&Flags::output, "output").name(shortAndLong),
-    };
-  }
-  void run() override {
-    (record(alpha), record(beta), record(cache), record(color));
-    (record(speed), record(level), record(verbose), record(abc));
-    record(output);
-  }
-};
-
-/// Positionals, and for its help a label of 24 characters, a discussion, a
-/// hidden flag, a custom value name, and characters of several bytes.
-struct Positionals : ParsableCommand<Positionals> {
-  static constexpr std::string_view typeName = "Positionals";
-  std::string source;
-  std::optional<std::string> target, value;
-  std::vector<std::string> extras;
-  bool force = false, below = false, discuss = false, secret = false,
-       words = false;
-  static Arguments<Positionals> arguments() {
-    return {
-        argument(&Positionals::source, "source").help("Where from"),
-        argument(&Positionals::target, "target"),
-        argument(&Positionals::extras, "extras"),
-        flag(&Positionals::force, "force"),
-        flag(&Positionals::below, "below")
-            .name(customLong("bbbbbbbbbbbbbbbbbbbbbb"))
-            .help("Goes below."),
-        flag(&Positionals::discuss, "discuss")
-            .help(ArgumentHelp("Short.", "A longer discussion that explains.")),
-        flag(&Positionals::secret, "secret").help(ArgumentHelp::hidden()),
-        option(&Positionals::value, "value")
-            .help(ArgumentHelp("Custom value name.", "", "path")),
-        flag(&Positionals::words, "words")
-            .help("déjà vu 💡💡 three four five six"),
-    };
-  }
-  void validate() override {
-    if (source == "bad")
-      throw ValidationError("source must not be bad");
-  }
-  void run() override {
-    (record(source), record(target), record(extras), record(force));
-  }
-};
-
-struct GlobalOptions : ParsableArguments {
-  static constexpr std::string_view typeName = "GlobalOptions";
-  bool verbose = false;
-  std::optional<std::string> profile;
-  static Arguments<GlobalOptions> arguments() {
-    return {flag(&GlobalOptions::verbose, "verbose").help("Say more"),
-            option(&GlobalOptions::profile, "profile").help("The profile")};
-  }
-};
-
-struct FileSync : ParsableCommand<FileSync> {
-  static constexpr std::string_view typeName = "FileSync";
-  static CommandConfiguration configuration() {
-    return {.abstract = "Synchronise files."};
-  }
-  GlobalOptions global;
-  std::vector<std::string> paths;
-  static Arguments<FileSync> arguments() {
-    return {optionGroup(&FileSync::global, "global"),
-            argument(&FileSync::paths, "paths").help("Paths to sync")};
-  }
-  void run() override {
-    (record(global.verbose), record(global.profile), record(paths));
-  }
-};
-
-/// A command without a run: it shows its help.
-struct Idle : ParsableCommand<Idle> {
-  static constexpr std::string_view typeName = "Idle";
-};
-
-struct Tool : ParsableCommand<Tool> {
-  static constexpr std::string_view typeName = "Tool";
-  static CommandConfiguration configuration() {
-    return {.commandName = "tool",
-            .abstract = "A tool for tests.",
-            .version = "1.0.0",
-            .subcommands = {&commandType<FileSync>(), &commandType<Idle>()},
-            .defaultSubcommand = &commandType<FileSync>()};
-  }
-  GlobalOptions global;
-  static Arguments<Tool> arguments() {
-    return {optionGroup(&Tool::global, "global")};
-  }
-};
 
 // The outcome of the command line \p line (arguments split at blanks) under
 // \p Root with help \p columns wide: what the chosen command saw, or the exit
@@ -212,7 +25,6 @@ std::string outcomeOf(const std::string &line) {
   for (std::string word; words >> word;)
     arguments.push_back(word);
   HelpGenerator::screenWidthOverride = columns;
-  said.clear();
   try {
     Root::parseAsRoot(arguments)->run();
     return "ran " + said;
@@ -228,11 +40,12 @@ struct Command {
   std::string (*outcome)(const std::string &);
   std::string usage;
 };
-const Command values{&outcomeOf<Values>,
-                     "\nUsage: values [--count <count>] [--port <port>] "
-                     "[--numbers <numbers> ...] [--scan <scan>] [--any <any>] "
-                     "[--up-to <up-to> ...] [--rest <rest> ...] [--flag]\n"
-                     "  See 'values --help' for more information."};
+const Command values{
+    &outcomeOf<Values>,
+    "\nUsage: values [--count <count>] [--port <port>] "
+    "[--numbers <numbers> ...] [--scan <scan>] [--any <any>] "
+    "[--each <each> ...] [--up-to <up-to> ...] [--rest <rest> ...] [--flag]\n"
+    "  See 'values --help' for more information."};
 const Command flags{
     &outcomeOf<Flags>,
     "\nUsage: flags <options>\n  See 'flags --help' for more information."};
@@ -292,15 +105,18 @@ TEST(EngineTest, ParsesCommandLinesIntoValuesOrTheirFailure) {
     std::string line, expected;
   };
   const Row rows[] = {
-      {values, "", "ran 3 - [ ] - - [ ] [ ] 0 "},
+      {values, "", "ran 3 - [ ] - - [ ] [ ] [ ] 0 "},
       {values, "-c 7 --port 1 --port=+8080 --numbers 1 --numbers=-2",
-       "ran 7 8080 [ 1 -2 ] - - [ ] [ ] 0 "},
-      {values, "--scan --flag v", "ran 3 - [ ] 'v' - [ ] [ ] 1 "},
-      {values, "--any --flag", "ran 3 - [ ] - '--flag' [ ] [ ] 0 "},
-      {values, "--up-to a b --flag", "ran 3 - [ ] - - [ 'a' 'b' ] [ ] 1 "},
-      {values, "--up-to a --up-to=b c", "ran 3 - [ ] - - [ 'b' 'c' ] [ ] 0 "},
+       "ran 7 8080 [ 1 -2 ] - - [ ] [ ] [ ] 0 "},
+      {values, "--scan --flag v", "ran 3 - [ ] 'v' - [ ] [ ] [ ] 1 "},
+      {values, "--any --flag", "ran 3 - [ ] - '--flag' [ ] [ ] [ ] 0 "},
+      {values, "--each --flag --each a --flag",
+       "ran 3 - [ ] - - [ '--flag' 'a' ] [ ] [ ] 1 "},
+      {values, "--up-to a b --flag", "ran 3 - [ ] - - [ ] [ 'a' 'b' ] [ ] 1 "},
+      {values, "--up-to a --up-to=b c",
+       "ran 3 - [ ] - - [ ] [ 'b' 'c' ] [ ] 0 "},
       {values, "--rest a --flag -- -x",
-       "ran 3 - [ ] - - [ ] [ 'a' '--flag' '--' '-x' ] 0 "},
+       "ran 3 - [ ] - - [ ] [ ] [ 'a' '--flag' '--' '-x' ] 0 "},
       {values, "--port 99999999999",
        "!The value '99999999999' is invalid for '--port <port>'"},
       {values, "--port --flag", "!Missing value for '--port <port>'"},
@@ -331,6 +147,7 @@ TEST(EngineTest, ParsesCommandLinesIntoValuesOrTheirFailure) {
       {tool, "", "ran 0 - [ ] "},
       {tool, "a b", "ran 0 - [ 'a' 'b' ] "},
       {tool, "-- idle", "ran 0 - [ 'idle' ] "},
+      {tool, "secret", "ran "},
       {tool, "--verbose --profile p file-sync x", "ran 1 'p' [ 'x' ] "},
       {tool, "x --verbose -- -y", "ran 1 - [ 'x' '-y' ] "},
       {tool, "--help", "0 " + toolHelp},

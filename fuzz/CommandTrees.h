@@ -1,16 +1,23 @@
-#ifndef KESTRUNECLI_FUZZ_FUZZCOMMANDS_H
-#define KESTRUNECLI_FUZZ_FUZZCOMMANDS_H
+#ifndef KESTRUNECLI_FUZZ_COMMANDTREES_H
+#define KESTRUNECLI_FUZZ_COMMANDTREES_H
 
 // Command trees that together use every feature of the argument engine:
-// the fuzzer parses arbitrary command lines against each of them.
+// typed values, defaults and transforms, every parsing strategy, flags of
+// every kind, positionals, subcommand trees, validation and help texts.
+// The engine's fuzz target parses arbitrary command lines against them; its
+// tests (tests/ArgumentParser) parse chosen ones and compare what a
+// command's run() records. The header lives here, built on the engine
+// alone, because this folder is part of every build (the fuzz tree, where
+// tests/ is not, and every build with tests) while it needs nothing from
+// tests/.
 
 #include "ArgumentParser/ArgumentParser.h"
-#include "ArgumentParser/Usage/HelpGenerator.h"
-#include "ArgumentParser/Usage/MessageInfo.h"
 
 #include <optional>
+#include <sstream>
 #include <stdexcept>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 namespace argtest {
@@ -51,41 +58,69 @@ namespace argtest {
 
 using namespace argparse;
 
-/// One option per single-value strategy and one per array strategy.
-struct Strategies : ParsableCommand<Strategies> {
-  static constexpr std::string_view typeName = "Strategies";
-  std::optional<std::string> next;
-  std::optional<std::string> scanning;
-  std::optional<std::string> unconditional;
-  std::vector<std::string> single;
-  std::vector<std::string> unconditionalSingle;
-  std::vector<std::string> upTo;
-  std::vector<std::string> rest;
-  bool flagged = false;
+/// What the last command's run() was given: its fields, each followed by a
+/// blank (strings quoted, enumerations as numbers, "-" for none, arrays in
+/// brackets).
+inline std::string said;
 
-  static Arguments<Strategies> arguments() {
-    return {
-        option(&Strategies::next, "next"),
-        option(&Strategies::scanning, "scanning")
-            .parsing(SingleValueParsingStrategy::scanningForValue),
-        option(&Strategies::unconditional, "unconditional")
-            .parsing(SingleValueParsingStrategy::unconditional),
-        option(&Strategies::single, "single"),
-        option(&Strategies::unconditionalSingle, "unconditionalSingle")
-            .parsing(ArrayParsingStrategy::unconditionalSingleValue),
-        option(&Strategies::upTo, "upTo")
-            .parsing(ArrayParsingStrategy::upToNextOption),
-        option(&Strategies::rest, "rest")
-            .parsing(ArrayParsingStrategy::remaining),
-        flag(&Strategies::flagged, "flag"),
-    };
-  }
-  void run() override {}
-};
+template <typename T> void record(const T &value) {
+  if constexpr (std::is_enum_v<T>)
+    said += std::to_string(static_cast<int>(value)) + " ";
+  else if constexpr (std::is_same_v<T, std::string>)
+    said += "'" + value + "' ";
+  else
+    said += (std::ostringstream() << value).str() + " ";
+}
+template <typename T> void record(const std::optional<T> &value) {
+  value ? record(*value) : void(said += "- ");
+}
+template <typename T> void record(const std::vector<T> &values) {
+  said += "[ ";
+  for (const T &value : values)
+    record(value);
+  said += "] ";
+}
+template <typename... T> void recordAll(const T &...fields) {
+  said.clear();
+  (record(fields), ...);
+}
 
-/// Values of several types, with defaults and transforms.
+/// Integers, and one option per parsing strategy of single values and of
+/// arrays.
 struct Values : ParsableCommand<Values> {
   static constexpr std::string_view typeName = "Values";
+  int count = 0;
+  std::optional<int> port;
+  std::vector<int> numbers;
+  std::optional<std::string> scan, any;
+  std::vector<std::string> each, upTo, rest;
+  bool flagged = false;
+  static Arguments<Values> arguments() {
+    return {
+        option(&Values::count, "count").name(shortAndLong).defaultValue(3),
+        option(&Values::port, "port"),
+        option(&Values::numbers, "numbers"),
+        option(&Values::scan, "scan")
+            .parsing(SingleValueParsingStrategy::scanningForValue),
+        option(&Values::any, "any")
+            .parsing(SingleValueParsingStrategy::unconditional),
+        option(&Values::each, "each")
+            .parsing(ArrayParsingStrategy::unconditionalSingleValue),
+        option(&Values::upTo, "upTo")
+            .parsing(ArrayParsingStrategy::upToNextOption),
+        option(&Values::rest, "rest").parsing(ArrayParsingStrategy::remaining),
+        flag(&Values::flagged, "flag"),
+    };
+  }
+  void run() override {
+    recordAll(count, port, numbers, scan, any, each, upTo, rest, flagged);
+  }
+};
+
+/// Values of several types, with defaults, a required option and a
+/// transform that rejects.
+struct Typed : ParsableCommand<Typed> {
+  static constexpr std::string_view typeName = "Typed";
   int count = 0;
   double ratio = 0;
   Color color = Color::red;
@@ -93,39 +128,34 @@ struct Values : ParsableCommand<Values> {
   std::vector<int> numbers;
   std::string name;
   std::optional<std::string> even;
-
-  static Arguments<Values> arguments() {
+  static Arguments<Typed> arguments() {
     return {
-        option(&Values::count, "count").name(shortAndLong).defaultValue(3),
-        option(&Values::ratio, "ratio").defaultValue(0.5),
-        option(&Values::color, "color").defaultValue(Color::red),
-        option(&Values::port, "port"),
-        option(&Values::numbers, "numbers"),
-        option(&Values::name, "name").help("The name"),
-        option(&Values::even, "even").transform([](const std::string &text) {
+        option(&Typed::count, "count").name(shortAndLong).defaultValue(3),
+        option(&Typed::ratio, "ratio").defaultValue(0.5),
+        option(&Typed::color, "color").defaultValue(Color::red),
+        option(&Typed::port, "port"),
+        option(&Typed::numbers, "numbers"),
+        option(&Typed::name, "name").help("The name"),
+        option(&Typed::even, "even").transform([](const std::string &text) {
           if (text.size() % 2)
             throw std::runtime_error("odd length");
           return text;
         }),
     };
   }
-  void run() override {}
+  void run() override {
+    recordAll(count, ratio, color, port, numbers, name, even);
+  }
 };
 
 /// Boolean, inverted, enumerated and counting flags, and short groups.
 struct Flags : ParsableCommand<Flags> {
   static constexpr std::string_view typeName = "Flags";
-  bool alpha = false;
-  bool beta = false;
-  bool cache = true;
-  bool color = false;
+  bool alpha = false, beta = false, cache = true, color = false, abc = false;
   std::optional<Speed> speed;
   Level level = Level::low;
   int verbose = 0;
-  bool first = false;
-  bool last = false;
   std::optional<std::string> output;
-
   static Arguments<Flags> arguments() {
     return {
         flag(&Flags::alpha, "alpha").name(shortAndLong),
@@ -143,30 +173,48 @@ struct Flags : ParsableCommand<Flags> {
             .defaultValue(Level::low)
             .exclusivity(FlagExclusivity::chooseFirst),
         flag(&Flags::verbose, "verbose").name({shortName, longName}),
-        flag(&Flags::first, "first").name(customLong("abc", true)),
+        flag(&Flags::abc, "abc").name(customLong("abc", true)),
         option(&Flags::output, "output").name(shortAndLong),
     };
   }
-  void run() override {}
+  void run() override {
+    recordAll(alpha, beta, cache, color, speed, level, verbose, abc, output);
+  }
 };
 
-/// Positional arguments: one required, one optional, the rest repeating.
+/// Positionals (one required, one optional, the rest repeating) and a
+/// validate(); for the help, a label of 24 characters, a discussion, a
+/// hidden flag, a custom value name, and characters of several bytes.
 struct Positionals : ParsableCommand<Positionals> {
   static constexpr std::string_view typeName = "Positionals";
   std::string source;
-  std::optional<std::string> target;
+  std::optional<std::string> target, value;
   std::vector<std::string> extras;
-  bool force = false;
-
+  bool force = false, below = false, discuss = false, secret = false,
+       words = false;
   static Arguments<Positionals> arguments() {
     return {
         argument(&Positionals::source, "source").help("Where from"),
         argument(&Positionals::target, "target"),
         argument(&Positionals::extras, "extras"),
         flag(&Positionals::force, "force"),
+        flag(&Positionals::below, "below")
+            .name(customLong("bbbbbbbbbbbbbbbbbbbbbb"))
+            .help("Goes below."),
+        flag(&Positionals::discuss, "discuss")
+            .help(ArgumentHelp("Short.", "A longer discussion that explains.")),
+        flag(&Positionals::secret, "secret").help(ArgumentHelp::hidden()),
+        option(&Positionals::value, "value")
+            .help(ArgumentHelp("Custom value name.", "", "path")),
+        flag(&Positionals::words, "words")
+            .help("déjà vu 💡💡 three four five six"),
     };
   }
-  void run() override {}
+  void validate() override {
+    if (source == "bad")
+      throw ValidationError("source must not be bad");
+  }
+  void run() override { recordAll(source, target, extras, force); }
 };
 
 /// A repeating positional that takes everything, options included.
@@ -177,7 +225,7 @@ struct Passthrough : ParsableCommand<Passthrough> {
     return {argument(&Passthrough::words, "words")
                 .parsing(ArgumentArrayParsingStrategy::unconditionalRemaining)};
   }
-  void run() override {}
+  void run() override { recordAll(words); }
 };
 
 /// Options shared by a root and its subcommands.
@@ -186,10 +234,8 @@ struct GlobalOptions : ParsableArguments {
   bool verbose = false;
   std::optional<std::string> profile;
   static Arguments<GlobalOptions> arguments() {
-    return {
-        flag(&GlobalOptions::verbose, "verbose").help("Say more"),
-        option(&GlobalOptions::profile, "profile").help("The profile"),
-    };
+    return {flag(&GlobalOptions::verbose, "verbose").help("Say more"),
+            option(&GlobalOptions::profile, "profile").help("The profile")};
   }
 };
 
@@ -204,18 +250,19 @@ struct FileSync : ParsableCommand<FileSync> {
     return {optionGroup(&FileSync::global, "global"),
             argument(&FileSync::paths, "paths").help("Paths to sync")};
   }
-  void run() override {}
+  void run() override { recordAll(global.verbose, global.profile, paths); }
 };
 
+/// A subcommand that help and suggestions leave out.
 struct Secret : ParsableCommand<Secret> {
   static constexpr std::string_view typeName = "Secret";
   static CommandConfiguration configuration() {
     return {.abstract = "Hidden work.", .shouldDisplay = false};
   }
-  void run() override {}
+  void run() override { recordAll(); }
 };
 
-/// A command without a run: it prints its help.
+/// A command without a run: it shows its help.
 struct Idle : ParsableCommand<Idle> {
   static constexpr std::string_view typeName = "Idle";
 };
@@ -236,10 +283,9 @@ struct Tool : ParsableCommand<Tool> {
   static Arguments<Tool> arguments() {
     return {optionGroup(&Tool::global, "global")};
   }
-  void run() override {}
 };
 
-/// A validate() that rejects by what it was given.
+/// A validate() that fails in every way a command can, by the option given.
 struct Checked : ParsableCommand<Checked> {
   static constexpr std::string_view typeName = "Checked";
   std::string mode;
@@ -258,7 +304,7 @@ struct Checked : ParsableCommand<Checked> {
     if (mode == "other")
       throw std::runtime_error("boom");
   }
-  void run() override {}
+  void run() override { recordAll(mode); }
 };
 
 /// A command whose help names are none at all.
@@ -271,10 +317,10 @@ struct NoHelp : ParsableCommand<NoHelp> {
   static Arguments<NoHelp> arguments() {
     return {flag(&NoHelp::quiet, "quiet")};
   }
-  void run() override {}
+  void run() override { recordAll(quiet); }
 };
 
-/// A plain argument group parsed on its own.
+/// A plain argument group, parsed on its own as a command.
 struct ServerOptions : ParsableArguments {
   static constexpr std::string_view typeName = "ServerOptions";
   int port = 80;

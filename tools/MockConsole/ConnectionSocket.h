@@ -6,6 +6,10 @@
 
 namespace mockconsole {
 
+// The server library hands its handlers no socket. Two things need one: a
+// connection dropped on purpose (Answer::dropAfterBodyBytes), and the
+// direct read of large bodies (DirectBodyRead.h).
+
 /// The socket of the connection that this process accepted on \p localPort
 /// from \p remoteAddress : \p remotePort; absent when there is none. It
 /// stays owned by the server, which closes it.

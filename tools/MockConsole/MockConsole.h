@@ -1,117 +1,21 @@
 #ifndef KESTRUNECLI_TOOLS_MOCKCONSOLE_MOCKCONSOLE_H
 #define KESTRUNECLI_TOOLS_MOCKCONSOLE_MOCKCONSOLE_H
 
+#include "MockConsole/Answer.h"
+#include "MockConsole/ConsoleRules.h"
+#include "MockConsole/RequestLog.h"
+#include "MockConsole/Route.h"
+
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
-#include <string_view>
-#include <utility>
 #include <vector>
 
 namespace mockconsole {
-
-/// The console's routes, and everything else.
-enum class Route {
-  /// GET /api/system/groups/search?groupID={groupId}
-  GroupSearch,
-  /// POST
-  /// /api/mam/blobs/uploadblob?filename=..&organizationgroupid=..&moduleType=..
-  UploadBlob,
-  /// POST /api/mam/groups/{number}/macos/apps
-  CreateApplication,
-  /// Any other method or path: 404 with a JSON message.
-  Other,
-};
-
-/// "groups", "blobs", "apps" or "other": the route's name in the request log
-/// and on the command line.
-std::string_view getRouteName(Route route);
-/// The route named \p name; absent for an unknown name.
-std::optional<Route> findRoute(std::string_view name);
-
-/// Header fields in the order given (or, for a request, as received).
-using Headers = std::vector<std::pair<std::string, std::string>>;
-
-/// A user of the console: requests must carry "Basic " and the Base64 of
-/// "username:password" in Authorization, and apiKey in qm-tenant-code.
-struct Account {
-  std::string username;
-  std::string password;
-  std::string apiKey;
-};
-
-/// An answer that replaces the console's own for a route: used to provoke
-/// every kind of answer a client must cope with.
-struct Answer {
-  int status = 200;
-  std::string body{};
-  /// Header fields of the answer. Content-Type is "application/json"
-  /// unless given here.
-  Headers headers{};
-  /// Waits this long after reading the request before answering.
-  std::chrono::milliseconds delay{0};
-  /// Answers only once releaseHeldAnswers() is called or the console stops.
-  bool holdUntilReleased = false;
-  /// Closes the connection instead of answering, as soon as this many bytes
-  /// of the request body are in (0: before reading any).
-  std::optional<std::uint64_t> dropAfterBodyBytes{};
-  /// Declares the whole body's length but closes the connection after
-  /// sending this many bytes of it.
-  std::optional<std::size_t> cutBodyAfter{};
-  /// Text sent over and over inside the body: a body too large to hold.
-  struct Repetition {
-    /// Not empty.
-    std::string text;
-    /// Where in the body it goes.
-    std::size_t at = 0;
-    /// How many bytes of it in all; absent: without end, in chunks, until
-    /// the client hangs up.
-    std::optional<std::uint64_t> bytes{};
-  };
-  std::optional<Repetition> repeated{};
-};
-
-/// One request as the console received it.
-struct LoggedRequest {
-  Route route = Route::Other;
-  std::string method;
-  /// The request target exactly as sent: path and query, still escaped.
-  std::string target;
-  /// The header fields as received, sorted by name; the server library
-  /// leaves out fields with an empty value.
-  Headers headers;
-  /// Bytes of body received.
-  std::uint64_t bodyLength = 0;
-  /// SHA-256 of those bytes in lower-case hex; empty when hashing is off.
-  std::string bodySha256;
-  /// The first bytes of the body, up to Options::keptBodyBytes.
-  std::string body;
-  /// The status answered; 0 when the connection was dropped instead.
-  int status = 0;
-  /// The client's port: requests on different connections differ here.
-  int clientPort = 0;
-  /// The connection it came on, numbered from 1 in the order the console
-  /// accepted them.
-  int connection = 0;
-
-  /// The value of the field \p name, whose case doesn't matter.
-  [[nodiscard]] std::optional<std::string>
-  getHeader(std::string_view name) const;
-};
-
-/// A blob the console stored.
-struct StoredBlob {
-  std::int64_t id = 0;
-  std::string filename;
-  std::int64_t organizationGroupId = 0;
-  std::string moduleType;
-  std::uint64_t length = 0;
-  /// Empty when hashing is off.
-  std::string sha256;
-};
 
 struct Options {
   /// Address to listen on.
@@ -145,6 +49,10 @@ struct Options {
 /// any size without holding them) and creates applications, logs every
 /// request with the connection it came on, and can be told to answer any
 /// call differently. All members may be called from any thread.
+///
+/// This class is the transport: the server, its connections and the bodies
+/// it reads. What the console answers is ConsoleRules; the answers scripted
+/// in its place are an AnswerScript; what it received is a RequestLog.
 class MockConsole {
 public:
   explicit MockConsole(Options options = {});

@@ -1,10 +1,23 @@
 #include "Platform/StandardOutput.h"
 
+#include "Platform/TerminalSize.h"
+
 #include <cstdio>
 #include <string>
 #include <unistd.h>
 
 namespace platform {
+namespace {
+
+class StandardOutputTerminal final : public Terminal {
+public:
+  bool isInteractive() const override { return isStandardOutputTerminal(); }
+  std::size_t getColumns() const override { return getTerminalSize().columns; }
+  void write(std::string_view bytes) override { writeOut(bytes); }
+  void flush() override { flushOut(); }
+};
+
+} // namespace
 
 void writeOut(std::string_view text) {
   if (!text.empty())
@@ -23,5 +36,12 @@ void printLine(std::string_view text) {
 }
 
 bool isStandardOutputTerminal() { return ::isatty(STDOUT_FILENO) == 1; }
+
+Terminal &standardOutput() {
+  // Never destroyed: threads may still write through it while the process
+  // ends.
+  static Terminal *terminal = new StandardOutputTerminal;
+  return *terminal;
+}
 
 } // namespace platform

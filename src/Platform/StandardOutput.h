@@ -1,6 +1,8 @@
 #ifndef KESTRUNECLI_PLATFORM_STANDARDOUTPUT_H
 #define KESTRUNECLI_PLATFORM_STANDARDOUTPUT_H
 
+#include "Platform/Terminal.h"
+
 #include <string_view>
 
 namespace platform {
@@ -18,6 +20,11 @@ void printLine(std::string_view text);
 
 /// Whether standard output is a terminal.
 [[nodiscard]] bool isStandardOutputTerminal();
+
+/// Standard output as a Terminal: writes go through writeOut and flushOut,
+/// the one writer of standard output; the width is that of getTerminalSize.
+/// The one object, made at first use and never destroyed.
+[[nodiscard]] Terminal &standardOutput();
 
 } // namespace platform
 

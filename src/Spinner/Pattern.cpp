@@ -1,11 +1,11 @@
 #include "Spinner/Pattern.h"
 
+#include "Platform/FileAccess.h"
+
 #include <nlohmann/json.hpp>
 
 #include <cassert>
-#include <cstdio>
 #include <system_error>
-#include <unistd.h>
 #include <utility>
 
 namespace spinner {
@@ -79,17 +79,9 @@ std::vector<std::uint8_t> readPatternFile(const std::filesystem::path &path) {
   std::error_code error;
   if (!std::filesystem::exists(path, error))
     throw PatternFileError(PatternFileError::Kind::fileDoesNotExist, path);
-  if (access(path.c_str(), R_OK) != 0)
+  if (!platform::isReadable(path))
     throw PatternFileError(PatternFileError::Kind::fileNotReadable, path);
-  std::vector<std::uint8_t> bytes;
-  if (std::FILE *file = std::fopen(path.c_str(), "rb")) {
-    std::uint8_t buffer[4096];
-    std::size_t count;
-    while ((count = std::fread(buffer, 1, sizeof buffer, file)) > 0)
-      bytes.insert(bytes.end(), buffer, buffer + count);
-    std::fclose(file);
-  }
-  // A read that fails part-way, like one of a directory, gives what came.
+  std::vector<std::uint8_t> bytes = platform::readFileBytes(path);
   if (bytes.empty())
     throw PatternFileError(PatternFileError::Kind::failedToRead, path);
   return bytes;

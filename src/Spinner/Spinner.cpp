@@ -67,15 +67,22 @@ std::chrono::steady_clock::duration delayFor(double speed) {
 
 } // namespace
 
-Spinner::Spinner(const SpinnerPattern &pattern, std::string text,
-                 std::optional<double> speed, styling::Color color)
-    : speed(speed.value_or(pattern.getSpeed())), _text(std::move(text)) {
+Spinner::Spinner(platform::Terminal &terminal, const SpinnerPattern &pattern,
+                 std::string text, std::optional<double> speed,
+                 styling::Color color)
+    : terminal(terminal), speed(speed.value_or(pattern.getSpeed())),
+      _text(std::move(text)) {
   const std::vector<std::string> &plain = pattern.getFrames();
   assert(!plain.empty() && "a spinner needs at least one frame");
   frames.reserve(plain.size());
   for (const std::string &frame : plain)
     frames.push_back(styling::applyingColor(frame, color));
 }
+
+Spinner::Spinner(const SpinnerPattern &pattern, std::string text,
+                 std::optional<double> speed, styling::Color color)
+    : Spinner(platform::standardOutput(), pattern, std::move(text), speed,
+              color) {}
 
 Spinner::~Spinner() {
   bool wasRunning = false;
@@ -87,8 +94,7 @@ Spinner::~Spinner() {
   wakeUp.notify_all();
   if (queue.joinable())
     queue.join();
-  platform::writeOut(showCursor);
-  platform::flushOut();
+  writeFlushed(showCursor);
   if (wasRunning)
     platform::noteCursorShown();
 }
@@ -100,8 +106,7 @@ void Spinner::start() {
   // Noted first, so that a signal that ends the process from here on shows
   // the cursor again.
   platform::noteCursorHidden();
-  platform::writeOut(hideCursor);
-  platform::flushOut();
+  writeFlushed(hideCursor);
   running = true;
   nextRedraw = Clock::now();
   if (!queue.joinable()) {
@@ -151,8 +156,12 @@ void Spinner::renderForever() {
 void Spinner::render() {
   std::string line = "\r";
   line += frame();
-  platform::writeOut(line);
-  platform::flushOut();
+  writeFlushed(line);
+}
+
+void Spinner::writeFlushed(std::string_view bytes) {
+  terminal.write(bytes);
+  terminal.flush();
 }
 
 std::string Spinner::frame() {
@@ -190,10 +199,9 @@ bool Spinner::stopLocked(std::optional<std::string> text,
   render();
   running = false;
   nextRedraw.reset();
-  platform::writeOut(showCursor);
-  platform::flushOut();
+  writeFlushed(showCursor);
   platform::noteCursorShown();
-  platform::writeOut(terminator);
+  terminal.write(terminator);
   return true;
 }
 
@@ -207,8 +215,7 @@ void Spinner::stopAndClear() {
   std::lock_guard lock(mutex);
   if (!stopLocked(std::string(), std::string(" "), std::string()))
     return;
-  platform::writeOut("\r");
-  platform::flushOut();
+  writeFlushed("\r");
 }
 
 void Spinner::succeed(std::optional<std::string> text) {
@@ -227,10 +234,7 @@ void Spinner::info(std::optional<std::string> text) {
   stop(std::move(text), styling::blue("ℹ"), "\n");
 }
 
-void Spinner::unhideCursor() {
-  platform::writeOut(showCursor);
-  platform::flushOut();
-}
+void Spinner::unhideCursor() { writeFlushed(showCursor); }
 
 std::vector<std::string> Spinner::getFrames() const {
   std::lock_guard lock(mutex);

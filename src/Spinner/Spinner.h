@@ -1,6 +1,7 @@
 #ifndef KESTRUNECLI_SPINNER_SPINNER_H
 #define KESTRUNECLI_SPINNER_SPINNER_H
 
+#include "Platform/Terminal.h"
 #include "Spinner/SpinnerPattern.h"
 #include "TextStyling/Color.h"
 
@@ -10,21 +11,28 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <vector>
 
 namespace spinner {
 
-/// An animated frame followed by a text on one line of standard output,
-/// redrawn from a thread of its own while the caller goes on with slow
-/// work. The cursor is hidden while it runs. Every member may be called
-/// from any thread; a redraw and the final drawing never interleave.
+/// An animated frame followed by a text on one line of a terminal, redrawn
+/// from a thread of its own while the caller goes on with slow work. The
+/// cursor is hidden while it runs. Every member may be called from any
+/// thread; a redraw and the final drawing never interleave.
 class Spinner {
 public:
   /// Takes the frames of \p pattern, coloured once now in \p color (as
   /// styling stands at this moment), the text \p text, and \p speed seconds
   /// per frame, or the pattern's speed when none is given. Writes nothing.
-  /// The pattern must have at least one frame.
+  /// The pattern must have at least one frame. Everything it draws goes to
+  /// \p terminal, which must outlive it.
+  Spinner(platform::Terminal &terminal, const SpinnerPattern &pattern,
+          std::string text, std::optional<double> speed = std::nullopt,
+          styling::Color color = styling::Color::defaultColor);
+
+  /// The same, drawing on standard output.
   Spinner(const SpinnerPattern &pattern, std::string text,
           std::optional<double> speed = std::nullopt,
           styling::Color color = styling::Color::defaultColor);
@@ -88,12 +96,14 @@ private:
   void serveQueue();
   void renderForever();
   void render();
+  void writeFlushed(std::string_view bytes);
   std::string frame();
   void setTextLocked(std::string text);
   bool stopLocked(std::optional<std::string> text,
                   std::optional<std::string> symbol,
                   const std::string &terminator);
 
+  platform::Terminal &terminal;
   mutable std::mutex mutex;
   std::condition_variable wakeUp;
   std::vector<std::string> frames;

@@ -19,7 +19,7 @@ OutputTarget decideOutputTarget(std::optional<std::string_view> xcodeColors,
   return OutputTarget::unknown;
 }
 
-OutputTarget currentOutputTarget() {
+OutputTarget currentOutputTarget(const platform::Terminal &terminal) {
   std::optional<std::string> xcodeColors = getEnvValue("XcodeColors");
   std::optional<std::string> term = getEnvValue("TERM");
   std::optional<std::string_view> xcodeColorsView;
@@ -29,7 +29,11 @@ OutputTarget currentOutputTarget() {
   if (term)
     termView = *term;
   return decideOutputTarget(xcodeColorsView, termView,
-                            platform::isStandardOutputTerminal());
+                            terminal.isInteractive());
+}
+
+OutputTarget currentOutputTarget() {
+  return currentOutputTarget(platform::standardOutput());
 }
 
 std::optional<std::string> getEnvValue(const char *name) {

@@ -1,6 +1,8 @@
 #ifndef KESTRUNECLI_TEXTSTYLING_OUTPUTTARGET_H
 #define KESTRUNECLI_TEXTSTYLING_OUTPUTTARGET_H
 
+#include "Platform/Terminal.h"
+
 #include <optional>
 #include <string>
 #include <string_view>
@@ -21,8 +23,12 @@ decideOutputTarget(std::optional<std::string_view> xcodeColors,
                    std::optional<std::string_view> term,
                    bool stdoutIsTerminal) noexcept;
 
-/// The target of this process now, from `XcodeColors`, `TERM` and whether
-/// file descriptor 1 is a terminal.
+/// The target of text written to \p terminal now, from `XcodeColors`, `TERM`
+/// and whether \p terminal is interactive.
+[[nodiscard]] OutputTarget
+currentOutputTarget(const platform::Terminal &terminal);
+
+/// The target of text written to standard output now.
 [[nodiscard]] OutputTarget currentOutputTarget();
 
 /// The value of the environment variable \p name, or std::nullopt if unset.

@@ -1,9 +1,10 @@
-// The spinner's bytes on standard output: each way of running it, whole
-// redraws beside other writers and changes, at process exit, and pattern
-// files read from outside.
+// The spinner's bytes as a terminal receives them: each way of running it,
+// whole redraws beside changes from another thread, at process exit, and
+// pattern files read from outside.
 #include "Spinner/Spinner.h"
 
-#include "Platform/StandardOutput.h"
+#include "Platform/Terminal.h"
+#include "Platform/TerminalSize.h"
 #include "Spinner/Pattern.h"
 #include "Support/ProcessRunner.h"
 #include "Support/TestSupport.h"
@@ -12,16 +13,15 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <chrono>
+#include <condition_variable>
 #include <filesystem>
 #include <functional>
-#include <set>
+#include <mutex>
+#include <regex>
 #include <sstream>
 #include <string>
 #include <string_view>
-#include <thread>
-
-#include <sys/stat.h>
+#include <vector>
 
 namespace {
 
@@ -37,17 +37,6 @@ std::string redraw(std::string_view frame, std::string_view text) {
   return "\r" + std::string(frame) + " " + std::string(text);
 }
 
-// Waits until captured standard output holds at least \p bytes bytes.
-void waitForOutput(std::size_t bytes) {
-  const auto deadline =
-      std::chrono::steady_clock::now() + std::chrono::seconds(20);
-  struct stat status {};
-  while (fstat(1, &status) == 0 &&
-         static_cast<std::size_t>(status.st_size) < bytes &&
-         std::chrono::steady_clock::now() < deadline)
-    std::this_thread::sleep_for(std::chrono::milliseconds(1));
-}
-
 // Removes \p prefix from \p text; false when it isn't there.
 bool consume(std::string_view &text, std::string_view prefix) {
   if (!text.starts_with(prefix))
@@ -56,8 +45,39 @@ bool consume(std::string_view &text, std::string_view prefix) {
   return true;
 }
 
-// What a spinner over "-\|/" with the text \p text writes when \p script
-// runs after its first redraw (it draws once at start, then waits).
+// A terminal that records what it is sent, with "^" where it was flushed, so
+// that a redraw split by a flush, or one never flushed, shows.
+class RecordingTerminal final : public platform::Terminal {
+public:
+  bool isInteractive() const override { return false; }
+  std::size_t getColumns() const override { return platform::fallbackColumns; }
+  void write(std::string_view bytes) override {
+    std::lock_guard lock(mutex);
+    sent += bytes;
+  }
+  void flush() override {
+    {
+      std::lock_guard lock(mutex);
+      sent += '^';
+    }
+    flushed.notify_all();
+  }
+  // What was sent, once at least \p count flushes have come.
+  std::string waitForFlushes(int count) {
+    std::unique_lock lock(mutex);
+    flushed.wait(lock, [&] { return std::ranges::count(sent, '^') >= count; });
+    return sent;
+  }
+
+private:
+  std::mutex mutex;
+  std::condition_variable flushed;
+  std::string sent;
+};
+
+// What a spinner over "-\|/" with the text \p text sends when \p script runs
+// after its first redraw (it draws once at start, then waits), up to its
+// release.
 TEST(SpinnerTest, WritesExactlyItsBytes) {
   const std::string green = "\x1b[32m\xe2\x9c\x94\x1b[0m";
   const std::string line = "Uploading metadata ...  ";
@@ -71,82 +91,75 @@ TEST(SpinnerTest, WritesExactlyItsBytes) {
   const Row rows[] = {
       {"clear", OutputTarget::unknown, "Uploading installer ...",
        [](Spinner &s) { s.stopAndClear(); },
-       "\r  " + std::string(23, ' ') + show + "\r"},
+       "\r  " + std::string(23, ' ') + "^" + show + "^\r^"},
       {"succeed on a terminal", OutputTarget::console, line,
        [](Spinner &s) { s.succeed("Done"); },
-       redraw(green, "Done" + std::string(20, ' ')) + show + "\n"},
+       redraw(green, "Done" + std::string(20, ' ')) + "^" + show + "^\n"},
       {"released while running", OutputTarget::unknown, "T", [](Spinner &) {},
        ""},
+      {"stopped twice", OutputTarget::unknown, "T",
+       [](Spinner &s) { s.stop(), s.stop("x", "*"), s.stopAndClear(); },
+       redraw("\\", "T") + "^" + show + "^\n"},
       // A shorter text gets blanks for what it lacks on screen: characters,
       // not bytes or styling sequences.
       {"styled", OutputTarget::unknown, "\x1b[31mabcd\x1b[0m",
-       [](Spinner &s) { s.stop("ab", "*", ""); }, redraw("*", "ab  ") + show},
+       [](Spinner &s) { s.stop("ab", "*", ""); },
+       redraw("*", "ab  ") + "^" + show + "^"},
       {"family", OutputTarget::unknown,
        "\xf0\x9f\x91\xa8\xe2\x80\x8d\xf0\x9f\x91\xa9\xe2\x80\x8d\xf0\x9f\x91"
        "\xa7x",
-       [](Spinner &s) { s.stop("", "*", ""); }, redraw("*", "  ") + show},
+       [](Spinner &s) { s.stop("", "*", ""); },
+       redraw("*", "  ") + "^" + show + "^"},
       {"blanks stay", OutputTarget::unknown, "abcdef",
        [](Spinner &s) { s.setText("ab"), s.stop("x", "*", ""); },
-       redraw("*", "x     ") + show},
+       redraw("*", "x     ") + "^" + show + "^"},
   };
   for (const Row &row : rows) {
     SCOPED_TRACE(row.what);
     TextStyling::setOutputTarget(row.target);
     const std::string frame =
         row.target == OutputTarget::console ? "\x1b[39m-\x1b[0m" : "-";
-    const std::string output = testsupport::captureStdout([&] {
-      Spinner spinner(Pattern::line(), row.text, 1000);
+    RecordingTerminal terminal;
+    {
+      Spinner spinner(terminal, Pattern::line(), row.text, 1000);
       spinner.start();
-      waitForOutput(hide.size() + redraw(frame, row.text).size());
+      terminal.waitForFlushes(2);
       row.script(spinner);
-    });
-    EXPECT_EQ(output, hide + redraw(frame, row.text) + row.expected + show);
+    }
+    EXPECT_EQ(terminal.waitForFlushes(0), hide + "^" + redraw(frame, row.text) +
+                                              "^" + row.expected + show + "^");
   }
 }
 
-// While the spinner redraws every millisecond, the main thread prints lines
-// of its own without pause and now and then changes the text, frames and
-// speed: every redraw is whole, from one frame list and one text, and no
-// line lands inside a redraw.
-TEST(SpinnerTest, RedrawsStayWholeBesideOtherWriters) {
+// While the spinner redraws every millisecond, another thread changes the
+// text, frames and speed after each redraw it sees: every redraw is flushed
+// whole, from one frame list and one text.
+TEST(SpinnerTest, RedrawsStayWholeWhileChanged) {
   TextStyling::setOutputTarget(OutputTarget::unknown);
   const std::string longText = "a much longer text";
   const std::vector<std::string> letters = {"a", "b", "c"}, digits = {"1"};
-  const std::string output = testsupport::captureStdout([&] {
-    Spinner spinner(Pattern(letters, 0.001), longText);
+  RecordingTerminal terminal;
+  {
+    Spinner spinner(terminal, Pattern(letters, 0.001), longText);
     spinner.start();
-    for (int i = 0; i < 20000; ++i) {
-      if (i % 20 == 0) {
-        spinner.setText(i % 40 ? longText : "short");
-        spinner.setFrames(i % 60 ? letters : digits);
-        spinner.setSpeed(i % 40 ? 0.001 : 0.0);
-        std::this_thread::sleep_for(std::chrono::microseconds(200));
-      }
-      platform::printLine("line " + std::to_string(i));
+    for (int i = 0; i < 300; ++i) {
+      spinner.setText(i % 2 ? longText : "short");
+      spinner.setFrames(i % 3 ? letters : digits);
+      spinner.setSpeed(i % 2 ? 0.001 : 0.0);
+      terminal.waitForFlushes(i + 3);
     }
-    spinner.stop(std::nullopt, std::nullopt, "\n");
-  });
-  std::set<std::string> redraws;
-  for (const char *frame : {"a", "b", "c", "1"})
-    for (const std::string &text : {longText, "short" + std::string(13, ' ')})
-      redraws.insert(redraw(frame, text));
-  std::string_view rest = output;
-  ASSERT_TRUE(consume(rest, hide)) << output;
-  std::size_t drawn = 0, printed = 0;
-  while (!consume(rest, show + "\n" + show)) {
-    if (consume(rest, "line " + std::to_string(printed) + "\n")) {
-      ++printed;
-      continue;
-    }
-    const auto whole = std::find_if(
-        redraws.begin(), redraws.end(),
-        [&](const std::string &one) { return consume(rest, one); });
-    ASSERT_NE(whole, redraws.end()) << "torn at: " << rest.substr(0, 40);
-    ++drawn;
   }
-  EXPECT_EQ(rest, "");
-  EXPECT_EQ(printed, 20000u);
-  EXPECT_GE(drawn, 2u);
+  const std::string all = terminal.waitForFlushes(0);
+  std::string_view sent = all;
+  ASSERT_TRUE(consume(sent, hide + "^") && sent.ends_with(show + "^"));
+  sent.remove_suffix(show.size() + 1);
+  std::istringstream redraws{std::string(sent)};
+  int drawn = 0;
+  for (std::string one; std::getline(redraws, one, '^'); ++drawn)
+    EXPECT_TRUE(std::regex_match(
+        one, std::regex("\r[abc1] (a much longer text|short {13})")))
+        << one;
+  EXPECT_GE(drawn, 301);
 }
 
 // A process that ends through exit while its spinner turns (the probe)

@@ -1,0 +1,7 @@
+#include "Platform/Terminal.h"
+
+namespace platform {
+
+Terminal::~Terminal() = default;
+
+} // namespace platform

@@ -1,10 +1,12 @@
-// The module kestrune-secret-service.so: the Secret Service client over
-// libsecret and GLib's D-Bus, behind the C table of SecretServiceClient.h.
+// The module kestrune-secret-service.so: the Secret Service client of
+// SecretServiceClient.h over libsecret and GLib's D-Bus.
 
 #include "SecureStore/SecretServiceClient.h"
 
 #include <memory>
 #include <string_view>
+#include <type_traits>
+#include <utility>
 
 // The path-level calls (search, create, delete by D-Bus path) have been
 // stable for years; libsecret still asks for this acknowledgement.
@@ -111,13 +113,13 @@ ValuePtr secretOf(const RemoteItem &item) {
       static_cast<gssize>(item.secret.size()), "application/octet-stream"));
 }
 
-class LibsecretClient {
+class LibsecretClient final : public SecretServiceClient {
 public:
   LibsecretClient(GObjectPtr<GDBusConnection> connection,
                   GObjectPtr<SecretService> service)
       : connection(std::move(connection)), service(std::move(service)) {}
 
-  Outcome openDefaultCollection(std::string &path) {
+  Outcome openDefaultCollection(std::string &path) override {
     GError *rawError = nullptr;
     VariantPtr alias(g_dbus_connection_call_sync(
         connection.get(), busName, servicePath, serviceInterface, "ReadAlias",
@@ -151,7 +153,7 @@ public:
   }
 
   Outcome search(const Attributes &attributes,
-                 std::vector<RemoteItem> &items) {
+                 std::vector<RemoteItem> &items) override {
     HashTablePtr search = tableOf(attributes);
     gchar **rawUnlocked = nullptr;
     gchar **rawLocked = nullptr;
@@ -200,7 +202,7 @@ public:
   }
 
   Outcome create(const std::string &collection,
-                 const RemoteItem &item) {
+                 const RemoteItem &item) override {
     GVariantBuilder builder;
     g_variant_builder_init(&builder, G_VARIANT_TYPE("a{ss}"));
     for (const auto &[key, value] : item.attributes)
@@ -226,7 +228,7 @@ public:
     return path ? Outcome::ok : outcomeOf(error.get());
   }
 
-  Outcome replace(const RemoteItem &item) {
+  Outcome replace(const RemoteItem &item) override {
     GObjectPtr<SecretItem> proxy;
     if (Outcome outcome = itemAt(item.path.c_str(), proxy);
         outcome != Outcome::ok)
@@ -246,7 +248,7 @@ public:
     return Outcome::ok;
   }
 
-  Outcome remove(const std::string &path) {
+  Outcome remove(const std::string &path) override {
     GError *rawError = nullptr;
     if (secret_service_delete_item_dbus_path_sync(service.get(), path.c_str(),
                                                   nullptr, &rawError))
@@ -326,82 +328,19 @@ LibsecretClient *openClient(std::string &reason) {
   return new LibsecretClient(std::move(connection), std::move(service));
 }
 
-// The C table: each call turns the plain texts into the client's types and
-// back. Nothing may unwind into the program, whose C++ runtime is not ours: a
-// call that throws (memory ran out) reports the service as unavailable.
-template <typename Call> int guarded(Call call) noexcept {
-  try {
-    return static_cast<int>(call());
-  } catch (...) {
-    return static_cast<int>(Outcome::unavailable);
-  }
-}
-
-LibsecretClient *clientOf(KestruneSecretClient *client) {
-  return reinterpret_cast<LibsecretClient *>(client);
-}
-
-const KestruneSecretService table = {
-    [](void *context, KestruneSecretTextSink *reason) noexcept {
-      std::string why;
-      LibsecretClient *client = nullptr;
-      try {
-        client = openClient(why);
-      } catch (...) {
-        why = "cannot open the Secret Service: out of memory";
-      }
-      if (!client)
-        reason(context, viewOf(why));
-      return reinterpret_cast<KestruneSecretClient *>(client);
-    },
-    [](KestruneSecretClient *client) noexcept { delete clientOf(client); },
-    [](KestruneSecretClient *client, void *context,
-       KestruneSecretTextSink *path) noexcept {
-      return guarded([&] {
-        std::string found;
-        Outcome outcome = clientOf(client)->openDefaultCollection(found);
-        if (outcome == Outcome::ok)
-          path(context, viewOf(found));
-        return outcome;
-      });
-    },
-    [](KestruneSecretClient *client, const KestruneSecretText *attributes,
-       std::size_t attributeTexts, void *context,
-       KestruneSecretItemSink *found) noexcept {
-      return guarded([&] {
-        std::vector<RemoteItem> items;
-        Outcome outcome = clientOf(client)->search(
-            attributesOf(attributes, attributeTexts), items);
-        if (outcome == Outcome::ok)
-          for (const RemoteItem &item : items)
-            found(context, ItemView(item).get());
-        return outcome;
-      });
-    },
-    [](KestruneSecretClient *client, KestruneSecretText collection,
-       const KestruneSecretItem *item) noexcept {
-      return guarded([&] {
-        return clientOf(client)->create(textOf(collection),
-                                        remoteItemOf(*item));
-      });
-    },
-    [](KestruneSecretClient *client, const KestruneSecretItem *item) noexcept {
-      return guarded(
-          [&] { return clientOf(client)->replace(remoteItemOf(*item)); });
-    },
-    [](KestruneSecretClient *client, KestruneSecretText path) noexcept {
-      return guarded([&] { return clientOf(client)->remove(textOf(path)); });
-    },
-};
-
 } // namespace
 
 } // namespace securestore::secretservice
 
-extern "C" __attribute__((visibility("default"))) const KestruneSecretService *
-kestruneSecretService(void) {
-  static_assert(std::string_view(securestore::secretservice::entrySymbol) ==
-                "kestruneSecretService");
-  return &securestore::secretservice::table;
+// The entry that the program finds by name: extern "C" for an unmangled
+// symbol: the module's one entry point.
+extern "C" __attribute__((visibility("default")))
+securestore::secretservice::SecretServiceClient *
+kestruneOpenSecretService(std::string &reason) {
+  namespace secretservice = securestore::secretservice;
+  static_assert(std::string_view(secretservice::entrySymbol) ==
+                "kestruneOpenSecretService");
+  static_assert(std::is_same_v<decltype(kestruneOpenSecretService),
+                               secretservice::OpenClient>);
+  return secretservice::openClient(reason);
 }
-

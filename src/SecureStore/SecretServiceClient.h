@@ -4,69 +4,16 @@
 // Private to SecureStore: the calls of the Secret Service that the item
 // store needs, as the module kestrune-secret-service.so gives them. The
 // module alone links libsecret and GLib; the program loads it on first use,
-// so runs that never reach the Secret Service load neither.
-//
-// The program carries its own copy of the C++ runtime and the module uses the
-// system's, so no C++ type crosses between them: the module's entry gives a
-// table of C functions over plain texts, and each side turns those into the
-// C++ types below.
+// so runs that never reach the Secret Service load neither. Program and
+// module share the system's C++ runtime, so the calls take and give our own
+// C++ types.
 
-#include <cstddef>
 #include <cstdint>
 #include <map>
-#include <memory>
 #include <string>
 #include <vector>
 
-extern "C" {
-
-/// Bytes with their length, owned by the side that passes them.
-struct KestruneSecretText {
-  const char *bytes;
-  std::size_t size;
-};
-
-/// One item: its D-Bus object path, label, secret, and plain attributes as
-/// name, value, name, value...
-struct KestruneSecretItem {
-  KestruneSecretText path;
-  KestruneSecretText label;
-  KestruneSecretText secret;
-  const KestruneSecretText *attributes;
-  std::size_t attributeTexts;
-};
-
-struct KestruneSecretClient;
-/// Receives a text (a reason, a path) that lives for the call only.
-typedef void KestruneSecretTextSink(void *context, KestruneSecretText text);
-/// Receives an item found that lives for the call only.
-typedef void KestruneSecretItemSink(void *context,
-                                    const KestruneSecretItem *item);
-
-/// The module's calls; each gives an Outcome as an int and never throws.
-struct KestruneSecretService {
-  /// A client, or nullptr with the reason passed to \p reason.
-  KestruneSecretClient *(*open)(void *context, KestruneSecretTextSink *reason);
-  void (*close)(KestruneSecretClient *client);
-  int (*openDefaultCollection)(KestruneSecretClient *client, void *context,
-                               KestruneSecretTextSink *path);
-  int (*search)(KestruneSecretClient *client,
-                const KestruneSecretText *attributes,
-                std::size_t attributeTexts, void *context,
-                KestruneSecretItemSink *found);
-  int (*create)(KestruneSecretClient *client, KestruneSecretText collection,
-                const KestruneSecretItem *item);
-  int (*replace)(KestruneSecretClient *client, const KestruneSecretItem *item);
-  int (*remove)(KestruneSecretClient *client, KestruneSecretText path);
-};
-
-/// The module's one entry point, found by this name: gives its table.
-typedef const KestruneSecretService *KestruneSecretServiceEntry(void);
-}
-
 namespace securestore::secretservice {
-
-inline constexpr char entrySymbol[] = "kestruneSecretService";
 
 /// The plain attributes of an item, as the service shows them.
 using Attributes = std::map<std::string, std::string>;
@@ -94,63 +41,38 @@ struct RemoteItem {
   std::vector<std::uint8_t> secret;
 };
 
-inline std::string textOf(KestruneSecretText text) {
-  return text.size == 0 ? std::string() : std::string(text.bytes, text.size);
-}
-
-inline KestruneSecretText viewOf(const std::string &text) {
-  return {text.data(), text.size()};
-}
-
-/// \p attributes as name, value, name, value... viewing their texts.
-inline std::vector<KestruneSecretText> viewOf(const Attributes &attributes) {
-  std::vector<KestruneSecretText> texts;
-  texts.reserve(attributes.size() * 2);
-  for (const auto &[name, value] : attributes) {
-    texts.push_back(viewOf(name));
-    texts.push_back(viewOf(value));
-  }
-  return texts;
-}
-
-inline Attributes attributesOf(const KestruneSecretText *texts,
-                               std::size_t count) {
-  Attributes attributes;
-  for (std::size_t i = 0; i + 1 < count; i += 2)
-    attributes.insert_or_assign(textOf(texts[i]), textOf(texts[i + 1]));
-  return attributes;
-}
-
-/// An item as the boundary passes it, viewing the texts of a RemoteItem that
-/// outlives it.
-class ItemView {
+/// A connection to the Secret Service of the session bus. Calls answer with
+/// an Outcome; only running out of memory throws.
+class SecretServiceClient {
 public:
-  explicit ItemView(const RemoteItem &item)
-      : attributeTexts(viewOf(item.attributes)),
-        view{viewOf(item.path), viewOf(item.label),
-             {reinterpret_cast<const char *>(item.secret.data()),
-              item.secret.size()},
-             attributeTexts.data(),
-             attributeTexts.size()} {}
-  ItemView(const ItemView &) = delete;
-  ItemView &operator=(const ItemView &) = delete;
+  // Defined here, so that the module and the program each have what they
+  // need of the class without linking the other.
+  virtual ~SecretServiceClient() = default;
 
-  const KestruneSecretItem *get() const noexcept { return &view; }
+  /// The path of the default collection, when it exists and is unlocked.
+  virtual Outcome openDefaultCollection(std::string &path) = 0;
 
-private:
-  std::vector<KestruneSecretText> attributeTexts;
-  KestruneSecretItem view;
+  /// Every item whose attributes include all of \p attributes, secrets
+  /// included; locked when one of them is locked.
+  virtual Outcome search(const Attributes &attributes,
+                         std::vector<RemoteItem> &items) = 0;
+
+  /// Creates \p item (its path is not used) in \p collection.
+  virtual Outcome create(const std::string &collection,
+                         const RemoteItem &item) = 0;
+
+  /// Gives the item at \p item.path the secret, attributes and label of
+  /// \p item.
+  virtual Outcome replace(const RemoteItem &item) = 0;
+
+  virtual Outcome remove(const std::string &path) = 0;
 };
 
-inline RemoteItem remoteItemOf(const KestruneSecretItem &item) {
-  const auto *secret = reinterpret_cast<const std::uint8_t *>(item.secret.bytes);
-  return {textOf(item.path),
-          attributesOf(item.attributes, item.attributeTexts),
-          textOf(item.label),
-          item.secret.size == 0
-              ? std::vector<std::uint8_t>()
-              : std::vector<std::uint8_t>(secret, secret + item.secret.size)};
-}
+/// The module's one entry point, found by entrySymbol: a client that the
+/// caller owns, or nullptr with the reason in \p reason when no Secret
+/// Service with a default collection answers on the session bus.
+using OpenClient = SecretServiceClient *(std::string &reason);
+inline constexpr char entrySymbol[] = "kestruneOpenSecretService";
 
 } // namespace securestore::secretservice
 

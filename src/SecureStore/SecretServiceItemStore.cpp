@@ -20,10 +20,9 @@ namespace {
 
 namespace fs = std::filesystem;
 using secretservice::Attributes;
-using secretservice::ItemView;
 using secretservice::Outcome;
 using secretservice::RemoteItem;
-using secretservice::viewOf;
+using secretservice::SecretServiceClient;
 
 constexpr char schemaName[] = "org.kestrune.cli.Keychain";
 
@@ -125,68 +124,9 @@ std::optional<StoredItem> storedItemOf(const RemoteItem &remote) {
   return StoredItem{remote.path, std::move(attributes)};
 }
 
-// A sink of the module that keeps the text in the std::string at \p context.
-void keepText(void *context, KestruneSecretText text) {
-  *static_cast<std::string *>(context) = secretservice::textOf(text);
-}
-
-// The module's client, through its table of C calls.
-class Client {
-public:
-  Client(const KestruneSecretService &calls, KestruneSecretClient *client)
-      : calls(calls), client(client) {}
-  ~Client() { calls.close(client); }
-  Client(const Client &) = delete;
-  Client &operator=(const Client &) = delete;
-
-  /// The path of the default collection, when it exists and is unlocked.
-  Outcome openDefaultCollection(std::string &path) {
-    return outcomeOf(calls.openDefaultCollection(client, &path, keepText));
-  }
-
-  /// Every item whose attributes include all of \p attributes, secrets
-  /// included; locked when one of them is locked.
-  Outcome search(const Attributes &attributes, std::vector<RemoteItem> &items) {
-    std::vector<KestruneSecretText> texts = viewOf(attributes);
-    return outcomeOf(calls.search(
-        client, texts.data(), texts.size(), &items,
-        [](void *context, const KestruneSecretItem *item) {
-          static_cast<std::vector<RemoteItem> *>(context)->push_back(
-              secretservice::remoteItemOf(*item));
-        }));
-  }
-
-  /// Creates \p item (its path is not used) in \p collection.
-  Outcome create(const std::string &collection, const RemoteItem &item) {
-    return outcomeOf(
-        calls.create(client, viewOf(collection), ItemView(item).get()));
-  }
-
-  /// Gives the item at \p item.path the secret, attributes and label of
-  /// \p item.
-  Outcome replace(const RemoteItem &item) {
-    return outcomeOf(calls.replace(client, ItemView(item).get()));
-  }
-
-  Outcome remove(const std::string &path) {
-    return outcomeOf(calls.remove(client, viewOf(path)));
-  }
-
-private:
-  static Outcome outcomeOf(int code) {
-    if (code < static_cast<int>(Outcome::ok) ||
-        code > static_cast<int>(Outcome::unavailable))
-      return Outcome::unavailable;
-    return static_cast<Outcome>(code);
-  }
-
-  const KestruneSecretService &calls;
-  KestruneSecretClient *client;
-};
-
 class SecretServiceItemStore final : public ItemStore {
 public:
-  explicit SecretServiceItemStore(std::unique_ptr<Client> client)
+  explicit SecretServiceItemStore(std::unique_ptr<SecretServiceClient> client)
       : client(std::move(client)) {}
 
   OSStatus copyMatching(const Dictionary &query, CopyResult *result) override {
@@ -339,7 +279,7 @@ private:
   }
 
   std::mutex mutex;
-  std::unique_ptr<Client> client;
+  std::unique_ptr<SecretServiceClient> client;
 };
 
 // The session bus is there when its address is known, or when the usual
@@ -361,15 +301,13 @@ std::unique_ptr<ItemStore> fail(std::string *reason, std::string why) {
   return nullptr;
 }
 
-// The module's table; nullptr with the reason in \p problem when the module
+// The module's entry; nullptr with the reason in \p problem when the module
 // is missing. A module that loads stays: GLib can't be unloaded.
-const KestruneSecretService *loadModule(std::string &problem) {
+secretservice::OpenClient *loadModule(std::string &problem) {
 #ifdef KESTRUNE_SECRET_SERVICE_MODULE
-  void *entry = platform::findModuleEntry(KESTRUNE_SECRET_SERVICE_MODULE,
-                                          secretservice::entrySymbol, problem);
-  if (!entry)
-    return nullptr;
-  return reinterpret_cast<KestruneSecretServiceEntry *>(entry)();
+  return reinterpret_cast<secretservice::OpenClient *>(
+      platform::findModuleEntry(KESTRUNE_SECRET_SERVICE_MODULE,
+                                secretservice::entrySymbol, problem));
 #else
   problem = "built without libsecret";
   return nullptr;
@@ -382,14 +320,13 @@ std::unique_ptr<ItemStore> openSecretServiceItemStore(std::string *reason) {
   if (!hasSessionBus())
     return fail(reason, "no D-Bus session bus");
   std::string problem;
-  const KestruneSecretService *calls = loadModule(problem);
-  if (!calls)
+  secretservice::OpenClient *open = loadModule(problem);
+  if (!open)
     return fail(reason, problem);
-  KestruneSecretClient *opened = calls->open(&problem, keepText);
-  if (!opened)
+  std::unique_ptr<SecretServiceClient> client(open(problem));
+  if (!client)
     return fail(reason, problem);
-  return std::make_unique<SecretServiceItemStore>(
-      std::make_unique<Client>(*calls, opened));
+  return std::make_unique<SecretServiceItemStore>(std::move(client));
 }
 
 } // namespace securestore

@@ -1,4 +1,5 @@
-# The Debian package, built by ./scripts/package with CPack. Its version is
+# The Debian package, made by `cpack --preset package` (./scripts/package
+# checks it) from a release tree configured for /usr. Its version is
 # the project's VERSION above: `--version` prints the version of the
 # graphical application installed beside the tool, which the package does
 # not know.
@@ -18,41 +19,10 @@ command.")
 set(CPACK_DEBIAN_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_STRIP_FILES ON)
-# A Secret Service client loaded on first use is recommended, not required:
-# without it the account goes to the file store.
-if(TARGET kestrune-secret-service)
-  set(CPACK_DEBIAN_PACKAGE_RECOMMENDS libsecret-1-0)
-endif()
 set(CPACK_DEBIAN_PACKAGE_SUGGESTS "gnome-keyring, libsecret-tools")
-
-if(KESTRUNE_DEBIAN_LAYOUT)
-  set(docDir ${CMAKE_INSTALL_DATADIR}/doc/${CPACK_PACKAGE_NAME})
-  string(TIMESTAMP changelogDate "%a, %d %b %Y %H:%M:%S +0000" UTC)
-  string(TIMESTAMP year "%Y" UTC)
-  file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/debian/changelog
-"${CPACK_PACKAGE_NAME} (${PROJECT_VERSION}) unstable; urgency=medium
-
-  * Release ${PROJECT_VERSION}.
-
- -- ${CPACK_PACKAGE_CONTACT}  ${changelogDate}
-")
-  file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/debian/copyright
-"Upstream-Name: kestrunecli
-Files: *
-Copyright: Copyright (C) ${year} the kestrunecli authors
-License: proprietary
- All rights reserved.
-")
-  add_custom_command(OUTPUT ${CMAKE_CURRENT_BINARY_DIR}/debian/changelog.gz
-      COMMAND gzip -9nkf ${CMAKE_CURRENT_BINARY_DIR}/debian/changelog
-      DEPENDS ${CMAKE_CURRENT_BINARY_DIR}/debian/changelog VERBATIM)
-  add_custom_target(debianChangelog ALL
-      DEPENDS ${CMAKE_CURRENT_BINARY_DIR}/debian/changelog.gz)
-  install(FILES ${CMAKE_CURRENT_BINARY_DIR}/debian/changelog.gz
-                ${CMAKE_CURRENT_BINARY_DIR}/debian/copyright
-          DESTINATION ${docDir})
-endif()
+# The documentation in Debian's layout, and Depends and Recommends from
+# what the packed files link, are made on the staged files by this script.
+set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/DebianPackage.cmake)
 
 include(CPack)

@@ -1,8 +1,6 @@
 #ifndef KESTRUNECLI_TOOLS_MOCKCONSOLE_BODYDIGEST_H
 #define KESTRUNECLI_TOOLS_MOCKCONSOLE_BODYDIGEST_H
 
-#include "Platform/UrlText.h"
-
 #include <cstddef>
 #include <memory>
 #include <string>
@@ -25,9 +23,6 @@ private:
   struct Context;
   std::unique_ptr<Context> context;
 };
-
-/// The simulator checks credentials with the tool's own Base64 encoder.
-using platform::encodeBase64;
 
 } // namespace mockconsole
 

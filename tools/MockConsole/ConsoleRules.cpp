@@ -1,9 +1,9 @@
 #include "MockConsole/ConsoleRules.h"
 
-#include "MockConsole/BodyDigest.h"
 #include "MockConsole/JsonText.h"
 
 #include "Platform/AsciiText.h"
+#include "Platform/UrlText.h"
 
 #include <algorithm>
 #include <charconv>
@@ -131,9 +131,11 @@ ConsoleRules::checkCredentials(const ConsoleRequest &request) {
   std::string authorization = headerValue(request, "Authorization");
   const std::string *tenantCode = findHeader(request, "qm-tenant-code");
   std::lock_guard lock(mutex);
+  // Checked with the tool's own Base64 encoder.
   for (const Account &account : accounts) {
     if (authorization !=
-        "Basic " + encodeBase64(account.username + ":" + account.password))
+        "Basic " +
+            platform::encodeBase64(account.username + ":" + account.password))
       continue;
     if (!tenantCode || *tenantCode != account.apiKey)
       return "The API key (qm-tenant-code) is not valid for this user.";

@@ -3,40 +3,20 @@
 #include "ArgumentParser/Parsing/CommandParser.h"
 #include "ArgumentParser/Usage/HelpGenerator.h"
 #include "ArgumentParser/Usage/MessageInfo.h"
+#include "Platform/ProcessArguments.h"
 #include "Platform/StandardOutput.h"
 
 #include <cassert>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
-#include <iterator>
 
 namespace argparse {
-
-std::vector<std::string> processArguments() {
-  // The kernel keeps the process's arguments NUL-separated.
-  std::ifstream in("/proc/self/cmdline", std::ios::binary);
-  std::string all((std::istreambuf_iterator<char>(in)),
-                  std::istreambuf_iterator<char>());
-  std::vector<std::string> arguments;
-  std::size_t start = 0;
-  while (start < all.size()) {
-    std::size_t end = all.find('\0', start);
-    if (end == std::string::npos)
-      end = all.size();
-    arguments.push_back(all.substr(start, end - start));
-    start = end + 1;
-  }
-  if (!arguments.empty())
-    arguments.erase(arguments.begin());
-  return arguments;
-}
 
 std::shared_ptr<ParsableCommandBase> parseAsRoot(const CommandType &root,
                                                  OptionalArguments arguments) {
   CommandParser parser(root);
-  return parser.parse(arguments ? *arguments : processArguments());
+  return parser.parse(arguments ? *arguments : platform::getProcessArguments());
 }
 
 void runMain(const CommandType &root, OptionalArguments arguments) {

@@ -51,9 +51,6 @@ ExitCode exitCode(const CommandType &root, std::exception_ptr error);
 [[noreturn]] void exitWithError(const CommandType &root,
                                 std::exception_ptr error);
 
-/// The process's arguments without the program name.
-std::vector<std::string> processArguments();
-
 /// The command a plain ParsableArguments type runs as: one option group
 /// holding the type, named after it.
 template <typename T> struct WrappedParsableCommand;

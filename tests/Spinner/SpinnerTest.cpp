@@ -3,9 +3,8 @@
 // pattern files read from outside.
 #include "Spinner/Spinner.h"
 
-#include "Platform/Terminal.h"
-#include "Platform/TerminalSize.h"
 #include "Spinner/Pattern.h"
+#include "Support/Doubles.h"
 #include "Support/ProcessRunner.h"
 #include "Support/TestSupport.h"
 #include "TextStyling/TextStyling.h"
@@ -13,10 +12,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <condition_variable>
 #include <filesystem>
 #include <functional>
-#include <mutex>
 #include <regex>
 #include <sstream>
 #include <string>
@@ -29,6 +26,7 @@ using spinner::Pattern;
 using spinner::Spinner;
 using styling::OutputTarget;
 using styling::TextStyling;
+using testsupport::RecordingTerminal;
 
 const std::string hide = "\x1b[?25l";
 const std::string show = "\x1b[?25h";
@@ -44,36 +42,6 @@ bool consume(std::string_view &text, std::string_view prefix) {
   text.remove_prefix(prefix.size());
   return true;
 }
-
-// A terminal that records what it is sent, with "^" where it was flushed, so
-// that a redraw split by a flush, or one never flushed, shows.
-class RecordingTerminal final : public platform::Terminal {
-public:
-  bool isInteractive() const override { return false; }
-  std::size_t getColumns() const override { return platform::fallbackColumns; }
-  void write(std::string_view bytes) override {
-    std::lock_guard lock(mutex);
-    sent += bytes;
-  }
-  void flush() override {
-    {
-      std::lock_guard lock(mutex);
-      sent += '^';
-    }
-    flushed.notify_all();
-  }
-  // What was sent, once at least \p count flushes have come.
-  std::string waitForFlushes(int count) {
-    std::unique_lock lock(mutex);
-    flushed.wait(lock, [&] { return std::ranges::count(sent, '^') >= count; });
-    return sent;
-  }
-
-private:
-  std::mutex mutex;
-  std::condition_variable flushed;
-  std::string sent;
-};
 
 // What a spinner over "-\|/" with the text \p text sends when \p script runs
 // after its first redraw (it draws once at start, then waits), up to its

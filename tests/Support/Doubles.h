@@ -3,16 +3,51 @@
 
 #include "KestruneCLI/Helpers/DarwinProtocol.h"
 #include "KestruneCLI/UrlSessionManager/URLSessionManagerProtocol.h"
+#include "Platform/Terminal.h"
+#include "Platform/TerminalSize.h"
 
+#include <algorithm>
+#include <condition_variable>
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace testsupport {
+
+/// A terminal that records what it is sent, with "^" where it was flushed, so
+/// that a redraw split by a flush, or one never flushed, shows.
+class RecordingTerminal final : public platform::Terminal {
+public:
+  bool isInteractive() const override { return false; }
+  std::size_t getColumns() const override { return platform::fallbackColumns; }
+  void write(std::string_view bytes) override {
+    std::lock_guard lock(mutex);
+    sent += bytes;
+  }
+  void flush() override {
+    {
+      std::lock_guard lock(mutex);
+      sent += '^';
+    }
+    flushed.notify_all();
+  }
+  /// What was sent, once at least \p count flushes have come.
+  std::string waitForFlushes(int count) {
+    std::unique_lock lock(mutex);
+    flushed.wait(lock, [&] { return std::ranges::count(sent, '^') >= count; });
+    return sent;
+  }
+
+private:
+  std::mutex mutex;
+  std::condition_variable flushed;
+  std::string sent;
+};
 
 /// A process exit that records the codes it is given and returns, so that a
 /// test sees where the code goes on after a failure that ends the tool.

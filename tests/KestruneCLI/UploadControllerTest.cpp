@@ -31,7 +31,6 @@ const Blobs refusedInstaller = {{"App.pkg", {}}, {"App.plist", 8}};
 const Blobs refusedMetadata = {{"App.pkg", 7}, {"App.plist", {}}};
 const Blobs refusedIcon = {{"App.pkg", 7}, {"App.plist", 8}, {"icon.png", {}}};
 const Blobs noIcon = {{"App.pkg", 7}, {"App.plist", 8}};
-const std::vector<int> noExit;
 
 struct Case {
   const char *name;

@@ -93,6 +93,20 @@ std::string_view description(ProtocolType value) noexcept;
 /// for the five enumerations above.
 template <typename E>
 [[nodiscard]] std::optional<E> fromRawValue(std::string_view rawValue);
+template <>
+std::optional<ItemClass> fromRawValue<ItemClass>(std::string_view rawValue);
+template <>
+std::optional<Accessibility>
+fromRawValue<Accessibility>(std::string_view rawValue);
+template <>
+std::optional<AuthenticationUI>
+fromRawValue<AuthenticationUI>(std::string_view rawValue);
+template <>
+std::optional<AuthenticationType>
+fromRawValue<AuthenticationType>(std::string_view rawValue);
+template <>
+std::optional<ProtocolType>
+fromRawValue<ProtocolType>(std::string_view rawValue);
 
 /// A set of access-control flags over one unsigned machine word. The members
 /// that other platforms call `or` and `and` are orPolicy and andPolicy here,

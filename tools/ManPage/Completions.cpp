@@ -13,7 +13,7 @@ std::string joined(const std::vector<std::string> &words) {
 }
 
 // \p text inside single quotes of a POSIX shell.
-std::string quoted(const std::string &text) {
+std::string shellQuoted(const std::string &text) {
   std::string out = "'";
   for (char c : text)
     out += c == '\'' ? std::string("'\\''") : std::string(1, c);
@@ -39,12 +39,12 @@ std::string namesOf(const Command &command, Select select) {
 
 std::string bashCase(const std::string &pattern, const Command &command) {
   return "        " + pattern + ")\n            options=" +
-         quoted(namesOf(command, [](const Option &) { return true; })) +
+         shellQuoted(namesOf(command, [](const Option &) { return true; })) +
          "\n            paths=" +
-         quoted(namesOf(command,
+         shellQuoted(namesOf(command,
                         [](const Option &o) { return o.takesPath(); })) +
          "\n            values=" +
-         quoted(namesOf(command,
+         shellQuoted(namesOf(command,
                         [](const Option &o) {
                           return o.valueName && !o.takesPath();
                         })) +
@@ -66,7 +66,7 @@ std::string zshOption(const Option &option) {
   const std::string names = joined(option.names);
   std::string spec =
       option.names.size() > 1
-          ? quoted("(" + names + ")") + "{" +
+          ? shellQuoted("(" + names + ")") + "{" +
                 [&] {
                   std::string list;
                   for (const std::string &name : option.names)
@@ -78,7 +78,7 @@ std::string zshOption(const Option &option) {
   if (option.valueName)
     tail += ":" + zshText(*option.valueName) + ":" +
             (option.takesPath() ? "_files" : " ");
-  return spec + quoted(tail);
+  return spec + shellQuoted(tail);
 }
 
 std::string zshArguments(const Command &command, const std::string &indent) {
@@ -90,7 +90,7 @@ std::string zshArguments(const Command &command, const std::string &indent) {
 
 std::string fishLine(const std::string &tool, const std::string &condition,
                      const Option &option) {
-  std::string line = "complete -c " + tool + " -n " + quoted(condition);
+  std::string line = "complete -c " + tool + " -n " + shellQuoted(condition);
   for (const std::string &name : option.names) {
     if (name.starts_with("--"))
       line += " -l " + name.substr(2);
@@ -101,7 +101,7 @@ std::string fishLine(const std::string &tool, const std::string &condition,
   }
   if (option.valueName)
     line += option.takesPath() ? " -r -F" : " -x";
-  return line + " -d " + quoted(option.abstract) + "\n";
+  return line + " -d " + shellQuoted(option.abstract) + "\n";
 }
 
 } // namespace
@@ -138,7 +138,7 @@ std::string bashCompletion(const Tool &tool) {
       "        COMPREPLY=()\n"
       "    elif [[ -z $command && $cur != -* ]]; then\n"
       "        mapfile -t COMPREPLY < <(compgen -W " +
-      quoted(joined(subcommandNames(tool))) +
+      shellQuoted(joined(subcommandNames(tool))) +
       " -- \"$cur\")\n"
       "    else\n"
       "        mapfile -t COMPREPLY < <(compgen -W \"$options\" -- \"$cur\")\n"
@@ -155,7 +155,7 @@ std::string zshCompletion(const Tool &tool) {
                        "typeset -A opt_args\n"
                        "local -a commands=(\n";
   for (const Command &command : tool.subcommands)
-    script += "  " + quoted(command.name + ":" + command.abstract) + "\n";
+    script += "  " + shellQuoted(command.name + ":" + command.abstract) + "\n";
   script += ")\n_arguments -C" + zshArguments(tool.root, "  ") +
             " \\\n  '1:command:->command' \\\n  '*::argument:->argument' && "
             "return\n\ncase $state in\n"
@@ -180,7 +180,7 @@ std::string fishCompletion(const Tool &tool) {
                        name + " -f\n";
   for (const Command &command : tool.subcommands)
     script += "complete -c " + name + " -n __fish_use_subcommand -a " +
-              command.name + " -d " + quoted(command.abstract) + "\n";
+              command.name + " -d " + shellQuoted(command.abstract) + "\n";
   for (const Option &option : tool.root.options)
     script += fishLine(name, "__fish_use_subcommand", option);
   for (const Command &command : tool.subcommands)

@@ -119,6 +119,10 @@ std::vector<std::string> commandLinesBeside(const std::string &marker) {
     // pid (comm) state ppid pgrp session: the name may hold blanks.
     std::string fields((std::istreambuf_iterator<char>(stat)),
                        std::istreambuf_iterator<char>());
+    // A process that ended between the two reads has no session to tell:
+    // it belongs to no one, least of all to the job's.
+    if (fields.rfind(')') == std::string::npos)
+      continue;
     std::istringstream rest(fields.substr(fields.rfind(')') + 1));
     std::string state, parent, group, sessionOfProcess;
     rest >> state >> parent >> group >> sessionOfProcess;
@@ -126,7 +130,7 @@ std::vector<std::string> commandLinesBeside(const std::string &marker) {
       session = sessionOfProcess;
     bySession[sessionOfProcess].push_back(line);
   }
-  return bySession[session];
+  return session.empty() ? std::vector<std::string>{} : bySession[session];
 }
 
 TEST(UnattendedTest, TheBuildJobRecipeSignsInWithNoSecretOnACommandLine) {
@@ -144,7 +148,7 @@ TEST(UnattendedTest, TheBuildJobRecipeSignsInWithNoSecretOnACommandLine) {
     environment[name] = value;
   environment["KESTRUNE_HOST"] = scene.con().getBaseUrl();
   environment["PATH"] =
-      e2e::fs::path(KESTRUNECLI_PATH).parent_path().string() + ":/usr/bin:/bin";
+      e2e::fs::path(e2e::toolPath()).parent_path().string() + ":/usr/bin:/bin";
   testsupport::ChildProcess job("/usr/bin/setsid",
                                 {{"-w", "/bin/sh", "-c", recipe}, environment});
 

@@ -203,7 +203,7 @@ TEST(IntegrityTest, AnEmptyHostnameStartsNoRequest) {
                          {"https_proxy", proxy}};
   options.timeout = std::chrono::seconds(20);
   testsupport::ProcessResult result =
-      testsupport::runProcess(KESTRUNECLI_PATH, options);
+      testsupport::runProcess(e2e::toolPath(), options);
   EXPECT_EQ(e2e::withoutSpinner(result.standardOutput),
             "\n❗️Error: The URL is not supported (it names no host)\n");
   EXPECT_EQ(result.exitCode, 47);

@@ -1,3 +1,4 @@
+#include "EndToEnd/Fixture.h"
 #include "MockConsole/MockConsole.h"
 #include "SecureStore/FileItemStore.h"
 #include "SecureStore/Keychain.h"
@@ -102,7 +103,7 @@ TEST(TerminalTest, ShowsWhatTheUserAwaitsAndGivesTheTerminalBack) {
                            console.getBaseUrl());
   for (std::string key, value; items >> key >> value;)
     securestore::Keychain("kestrune-cli").withItemStore(store).set(value, key);
-  const std::string dir = home.path().string(), tool = KESTRUNECLI_PATH;
+  const std::string dir = home.path().string(), tool = e2e::toolPath();
   testsupport::writeFile(dir + "/App.pkg", "installer");
   testsupport::writeFile(dir + "/App.plist", "<plist/>");
   testsupport::writeFile(work.path() / "input", std::string(100000, 'u'));
